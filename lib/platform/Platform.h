@@ -1,0 +1,49 @@
+// Everything the recognizer asks of an operating system, in one record.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "../LirvoxExport.h"
+#include "Clock.h"
+#include "Directories.h"
+#include "Log.h"
+#include "TaskQueue.h"
+
+namespace lirvox::platform {
+
+/// The services of one platform. A host that wants a service of its own takes
+/// `systemPlatform()`, replaces the member and calls `install` before it first
+/// touches the library.
+struct Platform {
+  /// Serial; runs every delegate call and the timed tasks of the recognizer.
+  std::shared_ptr<TaskQueue> mainQueue;
+  /// Concurrent; runs the processing passes.
+  std::shared_ptr<TaskQueue> globalQueue;
+  /// A new serial queue; the label names it for people who debug.
+  std::function<std::shared_ptr<TaskQueue>(const std::string& label)> makeSerialQueue;
+
+  std::shared_ptr<Clock> clock;
+  std::shared_ptr<Log> log;
+  std::shared_ptr<Directories> directories;
+};
+
+/// The services of the system that the library was built for. `applicationName`
+/// names the application's folders; empty means the name of the running program.
+/// Starts no thread until a queue is first used. Each call makes new services.
+LIRVOX_EXPORT Platform systemPlatform(const std::string& applicationName = {});
+
+/// Makes `platform` the one that the library uses from now on. Callable from any
+/// thread, but not while the library works: what runs already may keep the old one.
+LIRVOX_EXPORT void install(Platform platform);
+
+/// The installed platform, or `systemPlatform()` when none was. Takes a short
+/// lock; not for real-time threads.
+LIRVOX_EXPORT std::shared_ptr<const Platform> current();
+
+/// Writes one line to the installed platform's log.
+LIRVOX_EXPORT void log(std::string_view line);
+
+}  // namespace lirvox::platform

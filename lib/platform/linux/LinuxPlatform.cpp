@@ -1,0 +1,80 @@
+// The Linux services, chosen here and nowhere else.
+#include <pwd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <iostream>
+#include <mutex>
+#include <syncstream>
+#include <thread>
+#include <utility>
+
+#include "lib/platform/Platform.h"
+#include "lib/platform/linux/AsioTaskQueues.h"
+
+namespace lirvox::platform {
+namespace {
+
+class SystemClock : public Clock {
+ public:
+  Date now() const override { return std::chrono::system_clock::now(); }
+};
+
+class StandardErrorLog : public Log {
+ public:
+  void write(std::string_view line) override { std::osyncstream(std::cerr) << line << '\n'; }
+};
+
+// An environment variable that is set and not empty, else an empty string.
+std::string environment(const char* name) {
+  const char* const value = std::getenv(name);
+  return value ? value : "";
+}
+
+// A base folder as XDG defines them: relative settings are ignored.
+std::string xdgBase(const char* variable, const char* belowHome) {
+  std::string base = environment(variable);
+  if (!base.empty() && base.front() == '/') return base;
+  std::string home = environment("HOME");
+  if (home.empty()) {
+    const passwd* const user = ::getpwuid(::getuid());
+    home = user ? user->pw_dir : "/tmp";
+  }
+  return home + '/' + belowHome;
+}
+
+class XdgDirectories : public Directories {
+ public:
+  explicit XdgDirectories(const std::string& applicationName)
+      : caches_(environment("LIRVOX_CACHES_DIR")) {
+    if (caches_.empty()) caches_ = xdgBase("XDG_CACHE_HOME", ".cache") + '/' + applicationName;
+  }
+
+  std::string cachesDirectory() const override { return caches_; }
+
+ private:
+  std::string caches_;
+};
+
+}  // namespace
+
+Platform systemPlatform(const std::string& applicationName) {
+  const std::string name =
+      applicationName.empty() ? program_invocation_short_name : applicationName;
+  Platform platform;
+  platform.mainQueue = makeThreadedQueue("lirvox-main", 1);
+  // A pass needs one thread and never waits on it, so a few serve many captures.
+  const unsigned threads = std::clamp(std::thread::hardware_concurrency(), 2U, 4U);
+  platform.globalQueue = makeThreadedQueue("lirvox-work", threads);
+  platform.makeSerialQueue = [pool = platform.globalQueue](const std::string&) {
+    return makeSerialQueueOn(pool);
+  };
+  platform.clock = std::make_shared<SystemClock>();
+  platform.log = std::make_shared<StandardErrorLog>();
+  platform.directories = std::make_shared<XdgDirectories>(name);
+  return platform;
+}
+
+}  // namespace lirvox::platform
