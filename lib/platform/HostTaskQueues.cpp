@@ -10,7 +10,9 @@ namespace lirvox::platform {
 ExecutorTaskQueue::ExecutorTaskQueue(Executor executor, std::shared_ptr<TaskQueue> timers)
     : executor_(std::move(executor)), timers_(std::move(timers)) {}
 
-void ExecutorTaskQueue::async(Task task) { executor_(std::move(task)); }
+void ExecutorTaskQueue::async(Task task) {
+  executor_(std::move(task));
+}
 
 void ExecutorTaskQueue::after(std::chrono::nanoseconds delay, Task task) {
   timers_->after(delay, [executor = executor_, task = std::move(task)] { executor(task); });

@@ -33,6 +33,8 @@ std::shared_ptr<const Platform> current() {
   return platform;
 }
 
-void log(std::string_view line) { current()->log->write(line); }
+void log(std::string_view line) {
+  current()->log->write(line);
+}
 
 }  // namespace lirvox::platform

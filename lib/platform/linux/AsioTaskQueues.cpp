@@ -1,12 +1,6 @@
 // Task queues on threads of the library's own, over standalone Asio.
 #include "lib/platform/linux/AsioTaskQueues.h"
 
-#include <pthread.h>
-#include <signal.h>
-#include <sys/eventfd.h>
-#include <unistd.h>
-
-#include <asio.hpp>
 #include <atomic>
 #include <cerrno>
 #include <cstdint>
@@ -15,6 +9,12 @@
 #include <thread>
 #include <utility>
 #include <vector>
+
+#include <asio.hpp>
+#include <pthread.h>
+#include <signal.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
 
 #include "lib/platform/RunTask.h"
 
@@ -143,8 +143,8 @@ class AsioQueue : public TaskQueue {
 
   void after(std::chrono::nanoseconds delay, Task task) override {
     auto timer = std::make_shared<asio::steady_timer>(threads_->context(), delay);
-    timer->async_wait(asio::bind_executor(
-        executor_, [timer, task = std::move(task)](std::error_code error) {
+    timer->async_wait(
+        asio::bind_executor(executor_, [timer, task = std::move(task)](std::error_code error) {
           if (!error) runLogged(task);
         }));
   }

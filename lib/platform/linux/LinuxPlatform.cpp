@@ -1,7 +1,4 @@
 // The Linux services, chosen here and nowhere else.
-#include <pwd.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
@@ -10,6 +7,9 @@
 #include <syncstream>
 #include <thread>
 #include <utility>
+
+#include <pwd.h>
+#include <unistd.h>
 
 #include "lib/platform/Platform.h"
 #include "lib/platform/linux/AsioTaskQueues.h"

@@ -1,0 +1,50 @@
+// The FFT engine: one real frame in, its spectrum out.
+#pragma once
+
+#include <memory>
+
+#include "LirvoxExport.h"
+
+namespace lirvox {
+
+/// A complex array as two arrays of equal length, one of real and one of imaginary parts.
+struct DoubleSplitComplex {
+  double* realp = nullptr;
+  double* imagp = nullptr;
+};
+
+struct LirvoxAudioFFTInfo;
+
+/// Transforms frames of 512 real samples. An engine must not be used by two
+/// threads at once: every call writes to the same arrays.
+class LIRVOX_EXPORT LirvoxAudioFFT {
+ public:
+  /// Creates an engine that is ready for use. All memory is allocated here.
+  LirvoxAudioFFT();
+  ~LirvoxAudioFFT();
+
+  LirvoxAudioFFT(const LirvoxAudioFFT&) = delete;
+  LirvoxAudioFFT& operator=(const LirvoxAudioFFT&) = delete;
+
+  /// The unnormalised spectrum X[k] = sum over j of x[j] * exp(-2 pi i j k / 512)
+  /// of `frame`, which holds 512 samples. `logFFTsize` is the base-2 logarithm of
+  /// the frame length and must be 9.
+  ///
+  /// Of the 512 elements of the result, [0, 256] are X[k]; element 512 - k repeats
+  /// element k as it is, without the conjugation of a true spectrum. That is meant:
+  /// only squared magnitudes of the lower half are ever used. The arrays belong to
+  /// the engine and hold until the next call. Allocates nothing.
+  DoubleSplitComplex fft(const double* frame, int logFFTsize);
+
+  /// The engine's working record.
+  LirvoxAudioFFTInfo* info() const;
+  /// Replaces the working record by one that the engine owns from now on.
+  void setInfo(std::unique_ptr<LirvoxAudioFFTInfo> info);
+
+ private:
+  void setup();
+
+  std::unique_ptr<LirvoxAudioFFTInfo> info_;
+};
+
+}  // namespace lirvox

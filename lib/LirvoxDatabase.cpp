@@ -1,0 +1,243 @@
+// The fingerprint store: a read-only gateway to one SQLite file.
+#include "lib/LirvoxDatabase.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <random>
+#include <utility>
+
+#include <sqlite3.h>
+
+#include "lib/Assertion.h"
+#include "lib/LirvoxSettings.h"
+#include "lib/platform/Platform.h"
+
+namespace lirvox {
+
+using platform::log;
+
+// A prepared statement, or none when it did not prepare.
+class LirvoxDatabase::Statement {
+ public:
+  explicit Statement(sqlite3_stmt* statement) : statement_(statement) {}
+
+  explicit operator bool() const { return statement_ != nullptr; }
+  bool step() { return sqlite3_step(statement_.get()) == SQLITE_ROW; }
+  std::int32_t column(int index) { return sqlite3_column_int(statement_.get(), index); }
+
+ private:
+  struct Finalize {
+    void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+  };
+  std::unique_ptr<sqlite3_stmt, Finalize> statement_;
+};
+
+namespace {
+
+// The hashes of the distinct pairs, as a list for SQL. A hash that occurs at several
+// times occurs as often in the list. Ascending, so that neighbours in the file are
+// read together.
+std::string hashList(std::vector<QueryHash> hashes) {
+  std::sort(hashes.begin(), hashes.end(), [](const QueryHash& a, const QueryHash& b) {
+    return a.hash != b.hash ? a.hash < b.hash : a.time < b.time;
+  });
+  hashes.erase(std::unique(hashes.begin(), hashes.end()), hashes.end());
+  std::string list;
+  std::array<char, 12> text{};
+  for (const QueryHash& query : hashes) {
+    if (!list.empty()) list += ',';
+    list.append(text.data(), std::to_chars(text.data(), text.data() + text.size(), query.hash).ptr);
+  }
+  return list;
+}
+
+std::string fileSizeLine(const std::string& path) {
+  std::error_code ignored;
+  const auto bytes = std::filesystem::file_size(path, ignored);
+  const float megabytes = (ignored ? 0.0F : static_cast<float>(bytes)) / 1024.0F / 1024.0F;
+  std::array<char, 64> line{};
+  std::snprintf(line.data(), line.size(), "DB size: %2f Mb", static_cast<double>(megabytes));
+  return line.data();
+}
+
+int randomSleepInMilliseconds() {
+  static thread_local std::minstd_rand generator{std::random_device{}()};
+  return std::uniform_int_distribution<int>(50, 99)(generator);
+}
+
+}  // namespace
+
+LirvoxDatabase::LirvoxDatabase(std::optional<std::string> path) : databasePath_(std::move(path)) {
+  if (!isSQLiteThreadSafe()) failAssertion("sqlite3_threadsafe()", "lib/LirvoxDatabase", 26);
+}
+
+LirvoxDatabase::~LirvoxDatabase() {
+  close();
+}
+
+bool LirvoxDatabase::open() {
+  if (db_) return true;
+  const int result = sqlite3_open(sqlitePath().c_str(), &db_);
+  if (result != SQLITE_OK) {
+    log("error opening!: " + std::to_string(result));
+    return false;
+  }
+  if (maxBusyRetryTimeInterval_ > 0.0) setMaxBusyRetryTimeInterval(maxBusyRetryTimeInterval_);
+  return true;
+}
+
+bool LirvoxDatabase::close() {
+  if (!db_) return true;
+  bool swept = false;
+  for (bool again = true; again;) {
+    again = false;
+    const int result = sqlite3_close(db_);
+    if (result == SQLITE_BUSY || result == SQLITE_LOCKED) {
+      if (swept) break;
+      swept = true;
+      while (sqlite3_stmt* const leaked = sqlite3_next_stmt(db_, nullptr)) {
+        log("Closing leaked statement");
+        sqlite3_finalize(leaked);
+        again = true;
+      }
+    } else if (result != SQLITE_OK) {
+      log("error closing!: " + std::to_string(result));
+    }
+  }
+  db_ = nullptr;
+  return true;
+}
+
+bool LirvoxDatabase::databaseExists() const {
+  if (db_) return true;
+  log("The Database " + description() + " is not open.");
+  return false;
+}
+
+std::string LirvoxDatabase::sqlitePath() const {
+  return databasePath_.value_or(":memory:");
+}
+
+std::string LirvoxDatabase::description() const {
+  return "<LirvoxDatabase: " + sqlitePath() + ">";
+}
+
+std::optional<LirvoxRowMap> LirvoxDatabase::selectFingerprints(
+    const std::vector<QueryHash>& hashes) {
+  const std::lock_guard lock(operation_);
+  if (!open() || !databaseExists()) return std::nullopt;
+  traceExecution_ = LirvoxSettings::traceExecutionQuery();
+
+  std::vector<LirvoxDBRow> rows;
+  {
+    Statement statement = prepare(
+        "SELECT track_id AS id, num1 AS  time_in_track, num2 AS hash FROM db WHERE num2 IN (" +
+        hashList(hashes) + ")");
+    if (statement) {
+      while (statement.step()) {
+        rows.push_back({DecimalString(statement.column(0)), DecimalString(statement.column(1)),
+                        DecimalString(statement.column(2))});
+      }
+    } else {
+      return std::nullopt;
+    }
+  }
+  close();
+  return LirvoxRowMap(std::move(rows));
+}
+
+std::optional<std::string> LirvoxDatabase::databaseInfo() {
+  const std::lock_guard lock(operation_);
+  if (!open() || !databaseExists()) return std::nullopt;
+  std::string info = fileSizeLine(LirvoxSettings::databasePath());
+  std::string ids;
+  {
+    Statement statement = prepare("SELECT track_id FROM db GROUP BY track_id");
+    if (!statement) return std::nullopt;
+    while (statement.step()) {
+      if (!ids.empty()) ids += ',';
+      ids += std::to_string(statement.column(0));
+    }
+  }
+  close();
+  // The path of the database is deliberately no part of the summary.
+  return info + "\nVideo id's: " + ids;
+}
+
+LirvoxDatabase::Statement LirvoxDatabase::prepare(const std::string& sql) {
+  if (traceExecution_) log("executeQuery: " + sql);
+  sqlite3_stmt* statement = nullptr;
+  const int result = sqlite3_prepare_v2(db_, sql.c_str(), -1, &statement, nullptr);
+  if (result == SQLITE_OK) return Statement(statement);
+  if (traceExecution_) {
+    log("DB Error: " + std::to_string(lastErrorCode()) + " \"" + lastErrorMessage() + '"');
+    log("DB Query: " + sql);
+    log("DB Path: " + databasePath_.value_or("(null)"));
+  }
+  sqlite3_finalize(statement);
+  close();
+  return Statement(nullptr);
+}
+
+int LirvoxDatabase::lastErrorCode() const {
+  return sqlite3_errcode(db_);
+}
+
+std::string LirvoxDatabase::lastErrorMessage() const {
+  return sqlite3_errmsg(db_);
+}
+
+LirvoxError LirvoxDatabase::errorWithMessage(const std::string& message) const {
+  return {"FMDatabase", lastErrorCode(), message};
+}
+
+void LirvoxDatabase::setMaxBusyRetryTimeInterval(double seconds) {
+  maxBusyRetryTimeInterval_ = seconds;
+  if (!db_) return;
+  if (seconds > 0.0) {
+    sqlite3_busy_handler(db_, &LirvoxDatabase::retryWhenBusy, this);
+  } else {
+    sqlite3_busy_handler(db_, nullptr, nullptr);
+  }
+}
+
+void LirvoxDatabase::setDatabasePath(std::optional<std::string> path) {
+  databasePath_ = std::move(path);
+}
+
+int LirvoxDatabase::retryWhenBusy(void* store, int count) {
+  return static_cast<LirvoxDatabase*>(store)->retry(count) ? 1 : 0;
+}
+
+// Time is measured on a clock that nobody sets: a wait must end even when the date changes.
+bool LirvoxDatabase::retry(int count) {
+  const auto now = std::chrono::steady_clock::now();
+  if (count == 0) {
+    startBusyRetryTime_ = now;
+    return true;
+  }
+  const std::chrono::duration<double> elapsed = now - startBusyRetryTime_;
+  if (elapsed.count() >= maxBusyRetryTimeInterval_) return false;
+  const int requested = randomSleepInMilliseconds();
+  const int slept = sqlite3_sleep(requested);
+  if (slept != requested) {
+    log("WARNING: Requested sleep of " + std::to_string(requested) +
+        " milliseconds, but SQLite returned " + std::to_string(slept) +
+        ". Maybe SQLite wasn't built with HAVE_USLEEP=1?");
+  }
+  return true;
+}
+
+std::string LirvoxDatabase::sqliteLibVersion() {
+  return sqlite3_libversion();
+}
+
+bool LirvoxDatabase::isSQLiteThreadSafe() {
+  return sqlite3_threadsafe() != 0;
+}
+
+}  // namespace lirvox

@@ -1,0 +1,36 @@
+// Power spectrogram to peaks, stage by stage.
+#pragma once
+
+#include <vector>
+
+#include "Landmark.h"
+#include "LirvoxExport.h"
+#include "Spectrogram.h"
+
+namespace lirvox {
+
+// Each stage can be called alone, on the spectrogram of any one shift. The constants
+// of the stages are part of the fingerprint format.
+
+/// Scales powers to a one-sided power spectral density (Welch, 1967), in place.
+LIRVOX_EXPORT void scaleToDensity(Spectrogram& specgram);
+
+/// Replaces values by their natural logarithm, none smaller than that of a millionth
+/// of the largest, and subtracts the mean of all. Of silence (no value above 0) no
+/// logarithm is taken.
+LIRVOX_EXPORT void takeLogarithm(Spectrogram& specgram);
+
+/// Filters bins [0, 256) along time with `lfilter`; bin 256 stays as it is.
+LIRVOX_EXPORT void highPass(Spectrogram& specgram);
+
+/// The peaks of a filtered spectrogram, at most 5 per frame, ordered by frame, then
+/// bin: local maxima across frequency above a threshold that decays from frame to
+/// frame and that each peak lifts around itself (after Ellis, "Robust
+/// landmark-based audio fingerprinting", 2009).
+LIRVOX_EXPORT std::vector<Peak> pickPeaks(const Spectrogram& filtered);
+
+/// All stages in a row. Scales `power` to a density, as `scaleToDensity` does, and
+/// leaves it otherwise as it is.
+LIRVOX_EXPORT std::vector<Peak> findPeaks(Spectrogram& power);
+
+}  // namespace lirvox
