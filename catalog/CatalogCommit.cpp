@@ -1,0 +1,165 @@
+// One change of a catalogue, from its first statement to its last.
+#include "catalog/CatalogCommit.h"
+
+#include <algorithm>
+#include <limits>
+#include <string>
+#include <tuple>
+
+namespace lirvox::catalog {
+namespace {
+
+constexpr const char* kLimitNote = "common_hash_limit";
+
+}  // namespace
+
+CatalogCommit::CatalogCommit(CatalogFile& file, const CommonHashRule& rule)
+    : file_(file), database_(file.database()), rule_(rule) {}
+
+void CatalogCommit::run(const std::vector<NewTrack>& tracks) {
+  SQLite::Transaction transaction(database_, SQLite::TransactionBehavior::IMMEDIATE);
+  loadCounts();
+  const std::vector<std::int32_t> ids = assignIds(tracks);
+  gatherRows(tracks, ids);
+  limit_ = commonHashLimit(counts_, rule_);
+  moveRows();
+  insertRows();
+  writeTracks(tracks, ids);
+  writeNotes();
+  transaction.commit();
+}
+
+void CatalogCommit::loadCounts() {
+  oldCounts_.assign(kHashes, 0);
+  SQLite::Statement query(database_, "SELECT num2, rows FROM hashes");
+  while (query.executeStep()) {
+    oldCounts_.at(query.getColumn(0).getUInt()) = query.getColumn(1).getUInt();
+  }
+  counts_ = oldCounts_;
+  oldLimit_ = static_cast<std::uint32_t>(
+      file_.note(kLimitNote).value_or(std::numeric_limits<std::uint32_t>::max()));
+}
+
+// Ids count from 1: an id of 0 could not be told from no result. A track whose path is
+// known keeps its id and loses its rows.
+std::vector<std::int32_t> CatalogCommit::assignIds(const std::vector<NewTrack>& tracks) {
+  std::int32_t next =
+      database_.execAndGet("SELECT coalesce(max(track_id), 0) FROM tracks").getInt() + 1;
+  SQLite::Statement known(database_, "SELECT track_id FROM sources WHERE path = ?");
+  std::unordered_set<std::int32_t> replaced;
+  std::vector<std::int32_t> ids;
+  for (const NewTrack& track : tracks) {
+    known.reset();
+    known.bind(1, track.info.path);
+    if (known.executeStep()) {
+      ids.push_back(known.getColumn(0).getInt());
+      replaced.insert(ids.back());
+    } else {
+      ids.push_back(next++);
+    }
+  }
+  if (!replaced.empty()) removeRows(replaced);
+  return ids;
+}
+
+// Rows are found by hash only, so that the file stays small; by track, all are read.
+void CatalogCommit::removeRows(const std::unordered_set<std::int32_t>& tracks) {
+  database_.exec("CREATE TEMP TABLE removed(track_id INTEGER PRIMARY KEY)");
+  SQLite::Statement insert(database_, "INSERT INTO removed VALUES(?)");
+  for (const std::int32_t track : tracks) {
+    insert.bind(1, track);
+    insert.exec();
+    insert.reset();
+  }
+  for (const std::string table : {"db", "held"}) {
+    const std::string rows = " FROM " + table + " WHERE track_id IN (SELECT track_id FROM removed)";
+    SQLite::Statement query(database_, "SELECT num2" + rows);
+    while (query.executeStep()) --counts_.at(query.getColumn(0).getUInt());
+    query.reset();
+    database_.exec("DELETE" + rows);
+  }
+  database_.exec("DROP TABLE removed");
+}
+
+void CatalogCommit::gatherRows(const std::vector<NewTrack>& tracks,
+                               const std::vector<std::int32_t>& ids) {
+  for (std::size_t i = 0; i < tracks.size(); ++i) {
+    for (const QueryHash& row : tracks[i].rows) {
+      const auto hash = static_cast<std::uint32_t>(row.hash);
+      rows_.push_back({hash, ids[i], row.time});
+      ++counts_[hash];
+    }
+  }
+  std::sort(rows_.begin(), rows_.end(), [](const Row& a, const Row& b) {
+    return std::tie(a.hash, a.track, a.time) < std::tie(b.hash, b.track, b.time);
+  });
+}
+
+// Rows that are there already change their table when their hash becomes common, or
+// no longer is.
+void CatalogCommit::moveRows() {
+  const auto mover = [this](const std::string& from, const std::string& to) {
+    return std::pair(
+        SQLite::Statement(database_, "INSERT INTO " + to + " SELECT * FROM " + from +
+                                         " WHERE num2 = ?"),
+        SQLite::Statement(database_, "DELETE FROM " + from + " WHERE num2 = ?"));
+  };
+  auto hold = mover("db", "held");
+  auto release = mover("held", "db");
+  for (std::uint32_t hash = 0; hash < kHashes; ++hash) {
+    const bool wasHeld = oldCounts_[hash] > oldLimit_;
+    if (oldCounts_[hash] == 0 || wasHeld == isHeld(hash)) continue;
+    auto& [copy, remove] = wasHeld ? release : hold;
+    for (SQLite::Statement* const statement : {&copy, &remove}) {
+      statement->bind(1, hash);
+      statement->exec();
+      statement->reset();
+    }
+  }
+}
+
+void CatalogCommit::insertRows() {
+  SQLite::Statement intoDb(database_, "INSERT INTO db(num2, track_id, num1) VALUES(?, ?, ?)");
+  SQLite::Statement intoHeld(database_, "INSERT INTO held(num2, track_id, num1) VALUES(?, ?, ?)");
+  for (const Row& row : rows_) {
+    SQLite::Statement& insert = isHeld(row.hash) ? intoHeld : intoDb;
+    insert.bind(1, row.hash);
+    insert.bind(2, row.track);
+    insert.bind(3, row.time);
+    insert.exec();
+    insert.reset();
+  }
+}
+
+void CatalogCommit::writeTracks(const std::vector<NewTrack>& tracks,
+                                const std::vector<std::int32_t>& ids) {
+  SQLite::Statement track(database_, "INSERT OR REPLACE INTO tracks VALUES(?, ?, ?, ?, ?)");
+  SQLite::Statement source(database_, "INSERT OR REPLACE INTO sources VALUES(?, ?, ?, ?)");
+  for (std::size_t i = 0; i < tracks.size(); ++i) {
+    const TrackInfo& info = tracks[i].info;
+    SQLite::bind(track, ids[i], info.title, info.artist, info.path, info.durationInSeconds);
+    track.exec();
+    track.reset();
+    SQLite::bind(source, info.path, ids[i], tracks[i].stamp.size, tracks[i].stamp.modified);
+    source.exec();
+    source.reset();
+  }
+}
+
+void CatalogCommit::writeNotes() {
+  SQLite::Statement write(database_, "INSERT OR REPLACE INTO hashes VALUES(?, ?)");
+  double rows = 0.0;
+  double heldRows = 0.0;
+  for (std::uint32_t hash = 0; hash < kHashes; ++hash) {
+    (isHeld(hash) ? heldRows : rows) += counts_[hash];
+    if (counts_[hash] == oldCounts_[hash]) continue;
+    SQLite::bind(write, hash, counts_[hash]);
+    write.exec();
+    write.reset();
+  }
+  file_.setNote(kLimitNote, limit_);
+  file_.setNote("rows", rows);
+  file_.setNote("held_rows", heldRows);
+}
+
+}  // namespace lirvox::catalog

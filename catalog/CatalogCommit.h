@@ -1,0 +1,49 @@
+// One change of a catalogue, from its first statement to its last.
+#pragma once
+
+#include <cstdint>
+#include <unordered_set>
+#include <vector>
+
+#include "catalog/Catalog.h"
+#include "catalog/CatalogFile.h"
+#include "catalog/HashCounts.h"
+
+namespace lirvox::catalog {
+
+/// Adds tracks to the file in one transaction. Used once.
+class CatalogCommit {
+ public:
+  CatalogCommit(CatalogFile& file, const CommonHashRule& rule);
+
+  /// Writes `tracks` and decides anew which hashes are common.
+  void run(const std::vector<NewTrack>& tracks);
+
+ private:
+  struct Row {
+    std::uint32_t hash;
+    std::int32_t track;
+    std::int32_t time;
+  };
+
+  void loadCounts();
+  std::vector<std::int32_t> assignIds(const std::vector<NewTrack>& tracks);
+  void removeRows(const std::unordered_set<std::int32_t>& tracks);
+  void gatherRows(const std::vector<NewTrack>& tracks, const std::vector<std::int32_t>& ids);
+  void moveRows();
+  void insertRows();
+  void writeTracks(const std::vector<NewTrack>& tracks, const std::vector<std::int32_t>& ids);
+  void writeNotes();
+  bool isHeld(std::uint32_t hash) const { return counts_[hash] > limit_; }
+
+  CatalogFile& file_;
+  SQLite::Database& database_;
+  const CommonHashRule rule_;
+  std::vector<Row> rows_;  // to be inserted, in the order of the file
+  HashCounts oldCounts_;
+  HashCounts counts_;
+  std::uint32_t oldLimit_ = 0;
+  std::uint32_t limit_ = 0;
+};
+
+}  // namespace lirvox::catalog

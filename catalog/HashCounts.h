@@ -1,0 +1,24 @@
+// How often each hash occurs, and which ones are too common to say anything.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace lirvox::catalog {
+
+/// Number of possible hashes: they have 20 bits.
+constexpr std::uint32_t kHashes = 1U << 20;
+
+/// Rows per hash, of all rows of a catalogue.
+using HashCounts = std::vector<std::uint32_t>;
+
+/// The share of hash values, most frequent first, whose rows are left out. A few values
+/// occur nearly everywhere: they make most of the matches and tell nothing.
+struct CommonHashRule {
+  double share = 0.01;
+};
+
+/// The largest number of rows that a hash may have before it counts as common.
+std::uint32_t commonHashLimit(const HashCounts& counts, const CommonHashRule& rule);
+
+}  // namespace lirvox::catalog
