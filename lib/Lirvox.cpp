@@ -109,7 +109,16 @@ Lirvox::~Lirvox() = default;
 
 // --- Recognition ---
 
-void Lirvox::audioSessionInit() {}
+void Lirvox::audioSessionInit() {
+  const auto session = platform::current()->audioSession;
+  LirvoxError error;
+  if (!session->setCategory(platform::AudioSessionCategory::playAndRecord, error)) {
+    platform::log("Error setting up audio session category: " + error.localizedDescription);
+  }
+  if (!session->setActive(true, error)) {
+    platform::log("Error setting up audio session active: " + error.localizedDescription);
+  }
+}
 
 void Lirvox::startRecognize() {
   const std::lock_guard lock(state_->control);

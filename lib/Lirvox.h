@@ -38,7 +38,7 @@ struct HistoryInfo;
 /// There is one recognizer per process; it lives until the process ends. All
 /// operations may be called from any thread, from the delegate too. None blocks for
 /// long unless it says so. Delegate calls arrive on the platform's main queue.
-class LIRVOX_EXPORT Lirvox : public LirvoxMicrophoneDelegate,
+class LIRVOX_EXPORT Lirvox : public LirvoxMicrophoneAudioDelegate,
                              public std::enable_shared_from_this<Lirvox> {
  public:
   /// The one instance. The first call prepares the audio session.

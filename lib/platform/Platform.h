@@ -7,6 +7,10 @@
 #include <string_view>
 
 #include "../LirvoxExport.h"
+#include "AudioConverter.h"
+#include "AudioSession.h"
+#include "AudioTypes.h"
+#include "AudioUnit.h"
 #include "Clock.h"
 #include "Directories.h"
 #include "Log.h"
@@ -28,6 +32,17 @@ struct Platform {
   std::shared_ptr<Clock> clock;
   std::shared_ptr<Log> log;
   std::shared_ptr<Directories> directories;
+
+  std::shared_ptr<AudioSession> audioSession;
+  /// A new unit that captures; null when it cannot be had, with the reason in
+  /// `status`, or with `status` 0 when the system has no such unit. The function
+  /// itself is empty when the library was built without sound.
+  std::function<std::unique_ptr<AudioUnit>(AudioStatus& status)> makeInputUnit;
+  /// A new converter from one format to the other; null with the reason in `status`.
+  std::function<std::unique_ptr<AudioConverter>(const AudioStreamBasicDescription& inputFormat,
+                                                const AudioStreamBasicDescription& outputFormat,
+                                                AudioStatus& status)>
+      makeAudioConverter;
 };
 
 /// The services of the system that the library was built for. `applicationName`

@@ -11,6 +11,7 @@
 #include <pwd.h>
 #include <unistd.h>
 
+#include "lib/platform/EqualFormatConverter.h"
 #include "lib/platform/Platform.h"
 #include "lib/platform/linux/AsioTaskQueues.h"
 
@@ -58,6 +59,15 @@ class XdgDirectories : public Directories {
   std::string caches_;
 };
 
+std::unique_ptr<AudioConverter> makeConverter(const AudioStreamBasicDescription& inputFormat,
+                                              const AudioStreamBasicDescription& outputFormat,
+                                              AudioStatus& status) {
+  const bool usable = inputFormat == outputFormat && inputFormat.bytesPerPacket > 0 &&
+                      inputFormat.channelsPerFrame > 0;
+  status = usable ? audioNoError : audioFormatError;
+  return usable ? std::make_unique<EqualFormatConverter>(inputFormat) : nullptr;
+}
+
 }  // namespace
 
 Platform systemPlatform(const std::string& applicationName) {
@@ -74,6 +84,8 @@ Platform systemPlatform(const std::string& applicationName) {
   platform.clock = std::make_shared<SystemClock>();
   platform.log = std::make_shared<StandardErrorLog>();
   platform.directories = std::make_shared<XdgDirectories>(name);
+  platform.audioSession = std::make_shared<NullAudioSession>();
+  platform.makeAudioConverter = makeConverter;
   return platform;
 }
 

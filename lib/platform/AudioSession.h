@@ -1,0 +1,121 @@
+// The audio session: what the application shares with others that use sound.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "../LirvoxError.h"
+#include "../LirvoxExport.h"
+
+namespace lirvox::platform {
+
+/// What an application does with sound.
+enum class AudioSessionCategory { playback, record, playAndRecord };
+
+/// One of the places from which an input port can take its sound, such as the
+/// front or the back microphone.
+struct AudioSessionDataSource {
+  std::string identifier;  ///< unique within its port
+  std::string name;        ///< for people
+};
+
+/// A source of sound.
+struct AudioSessionPort {
+  std::string uniqueIdentifier;
+  std::string name;        ///< for people
+  bool isMonitor = false;  ///< hears what an output plays, not a room
+  std::vector<AudioSessionDataSource> dataSources;
+};
+
+/// The ports that sound takes at this moment.
+struct AudioSessionRoute {
+  std::vector<AudioSessionPort> inputs;
+};
+
+/// Sound was taken from the application, or may be used again.
+struct AudioSessionInterruption {
+  enum class Type : std::uint32_t { ended = 0, began = 1 };
+  /// Bit of `options`: what the interruption stopped should be started again.
+  static constexpr std::uint32_t shouldResume = 1;
+
+  Type type = Type::began;
+  std::uint32_t options = 0;  ///< meaningful when an interruption ends
+};
+
+/// Hears of interruptions and route changes. Notifications arrive one at a time
+/// and in order, on a thread of the session's choice that is never an audio
+/// thread; the observer may start and stop audio units and call the session.
+class LIRVOX_EXPORT AudioSessionObserver {
+ public:
+  virtual ~AudioSessionObserver() = default;
+  virtual void audioSessionWasInterrupted(const AudioSessionInterruption& interruption) = 0;
+  virtual void audioSessionRouteChanged() = 0;
+};
+
+/// The shared session. All operations may be called from any thread but an audio
+/// thread and may block for a short time. Those that can fail return false and
+/// fill the error.
+class LIRVOX_EXPORT AudioSession {
+ public:
+  AudioSession() = default;
+  virtual ~AudioSession() = default;
+  AudioSession(const AudioSession&) = delete;
+  AudioSession& operator=(const AudioSession&) = delete;
+
+  virtual bool setCategory(AudioSessionCategory category, LirvoxError& error) = 0;
+  virtual bool setActive(bool active, LirvoxError& error) = 0;
+
+  /// The ports in use; without any, an empty route.
+  virtual AudioSessionRoute currentRoute() = 0;
+  /// All input ports, in use or not.
+  virtual std::vector<AudioSessionPort> availableInputs() = 0;
+  /// The data source of the input port in use.
+  virtual std::optional<AudioSessionDataSource> inputDataSource() = 0;
+
+  /// Asks for a port; none leaves the choice to the system.
+  virtual bool setPreferredInput(const std::optional<AudioSessionPort>& port,
+                                 LirvoxError& error) = 0;
+  /// Asks for a data source of the input port in use.
+  virtual bool setInputDataSource(const AudioSessionDataSource& dataSource, LirvoxError& error) = 0;
+
+  /// Registers an observer, which is not kept alive and is never called again
+  /// once it is gone or was removed (a call that is under way may finish).
+  void addObserver(std::weak_ptr<AudioSessionObserver> observer);
+  void removeObserver(const AudioSessionObserver* observer);
+
+  /// For implementations (and for tests): tell the observers, on this thread.
+  void postInterruption(const AudioSessionInterruption& interruption);
+  void postRouteChange();
+
+ private:
+  struct Registered {
+    const AudioSessionObserver* identity;
+    std::weak_ptr<AudioSessionObserver> observer;
+  };
+
+  std::vector<std::shared_ptr<AudioSessionObserver>> observers();
+
+  std::mutex mutex_;
+  std::vector<Registered> registered_;  // guarded by mutex_
+};
+
+/// A session without devices, on which every operation succeeds: for hosts that
+/// have no sound, or that bring samples of their own.
+class LIRVOX_EXPORT NullAudioSession : public AudioSession {
+ public:
+  bool setCategory(AudioSessionCategory, LirvoxError&) override { return true; }
+  bool setActive(bool, LirvoxError&) override { return true; }
+  AudioSessionRoute currentRoute() override { return {}; }
+  std::vector<AudioSessionPort> availableInputs() override { return {}; }
+  std::optional<AudioSessionDataSource> inputDataSource() override { return std::nullopt; }
+  bool setPreferredInput(const std::optional<AudioSessionPort>&, LirvoxError&) override {
+    return true;
+  }
+  bool setInputDataSource(const AudioSessionDataSource&, LirvoxError&) override { return true; }
+};
+
+}  // namespace lirvox::platform

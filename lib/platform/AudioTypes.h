@@ -1,0 +1,93 @@
+// The values that audio units, sessions and converters exchange.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace lirvox::platform {
+
+/// The outcome of an audio operation: 0, or a code that is often a
+/// four-character code and otherwise a plain (usually negative) number.
+using AudioStatus = std::int32_t;
+
+/// The number whose big-endian bytes are the four characters of `text`.
+constexpr std::uint32_t fourCharacterCode(const char (&text)[5]) {
+  std::uint32_t code = 0;
+  for (int i = 0; i < 4; ++i) code = code << 8 | static_cast<unsigned char>(text[i]);
+  return code;
+}
+
+constexpr AudioStatus audioNoError = 0;
+/// An argument that no implementation could honour.
+constexpr AudioStatus audioParameterError = -50;
+/// A stream format that this implementation cannot handle.
+constexpr auto audioFormatError = static_cast<AudioStatus>(fourCharacterCode("fmt?"));
+/// More frames than the buffers hold.
+constexpr auto audioTooManyFramesError = static_cast<AudioStatus>(fourCharacterCode("many"));
+/// The operation does not fit the state, such as starting what is not initialised.
+constexpr auto audioStateError = static_cast<AudioStatus>(fourCharacterCode("stat"));
+/// The sound server cannot be reached, or has refused.
+constexpr auto audioServerError = static_cast<AudioStatus>(fourCharacterCode("serv"));
+
+constexpr std::uint32_t audioFormatLinearPCM = fourCharacterCode("lpcm");
+
+/// Bits of `AudioStreamBasicDescription::formatFlags`.
+constexpr std::uint32_t audioFormatFlagIsFloat = 1;
+constexpr std::uint32_t audioFormatFlagIsSignedInteger = 4;
+constexpr std::uint32_t audioFormatFlagIsPacked = 8;
+constexpr std::uint32_t audioFormatFlagIsNonInterleaved = 32;
+
+/// A stream format. Samples are in native byte order. In a non-interleaved
+/// format the byte counts are those of one channel.
+struct AudioStreamBasicDescription {
+  double sampleRate = 0;       ///< Hz
+  std::uint32_t formatID = 0;  ///< a four-character code
+  std::uint32_t formatFlags = 0;
+  std::uint32_t bytesPerPacket = 0;  ///< 0: packets vary in size
+  std::uint32_t framesPerPacket = 0;
+  std::uint32_t bytesPerFrame = 0;
+  std::uint32_t channelsPerFrame = 0;
+  std::uint32_t bitsPerChannel = 0;
+  std::uint32_t reserved = 0;
+};
+
+inline bool operator==(const AudioStreamBasicDescription& a, const AudioStreamBasicDescription& b) {
+  return a.sampleRate == b.sampleRate && a.formatID == b.formatID &&
+         a.formatFlags == b.formatFlags && a.bytesPerPacket == b.bytesPerPacket &&
+         a.framesPerPacket == b.framesPerPacket && a.bytesPerFrame == b.bytesPerFrame &&
+         a.channelsPerFrame == b.channelsPerFrame && a.bitsPerChannel == b.bitsPerChannel &&
+         a.reserved == b.reserved;
+}
+inline bool operator!=(const AudioStreamBasicDescription& a, const AudioStreamBasicDescription& b) {
+  return !(a == b);
+}
+
+/// Samples of one channel, or of several that are interleaved. Says nothing
+/// about who owns `data`.
+struct AudioBuffer {
+  std::uint32_t numberChannels = 0;
+  std::uint32_t dataByteSize = 0;  ///< bytes of `data` that are in use
+  void* data = nullptr;
+};
+
+/// One buffer when the format is interleaved, else one per channel. Assigning a
+/// list copies the records, not the samples; it allocates nothing when the
+/// target's capacity suffices.
+struct AudioBufferList {
+  std::vector<AudioBuffer> buffers;
+};
+
+/// Where one packet of a format with packets of varying size lies in its buffer.
+struct AudioStreamPacketDescription {
+  std::int64_t startOffset = 0;
+  std::uint32_t variableFramesInPacket = 0;
+  std::uint32_t dataByteSize = 0;
+};
+
+/// When the first frame of a delivery was captured.
+struct AudioTimeStamp {
+  double sampleTime = 0;       ///< frames since the unit was last started
+  std::uint64_t hostTime = 0;  ///< nanoseconds of the steady clock; 0: unknown
+};
+
+}  // namespace lirvox::platform

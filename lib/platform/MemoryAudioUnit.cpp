@@ -1,0 +1,179 @@
+// An audio unit that captures nothing and delivers samples from memory.
+#include "lib/platform/MemoryAudioUnit.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+namespace lirvox::platform {
+namespace {
+
+AudioStreamBasicDescription memoryFormat() {
+  AudioStreamBasicDescription format;
+  format.sampleRate = 11025;
+  format.formatID = audioFormatLinearPCM;
+  format.formatFlags = audioFormatFlagIsSignedInteger | audioFormatFlagIsPacked;
+  format.bytesPerPacket = 4;
+  format.framesPerPacket = 1;
+  format.bytesPerFrame = 4;
+  format.channelsPerFrame = 1;
+  format.bitsPerChannel = 32;
+  return format;
+}
+
+}  // namespace
+
+struct MemoryAudioUnit::Player {
+  Player(Samples source, std::vector<std::uint32_t> sizes)
+      : samples(std::move(source)), deliverySizes(std::move(sizes)) {
+    for (std::uint32_t& size : deliverySizes) size = std::clamp(size, 1U, maximumFrames);
+    if (deliverySizes.empty()) deliverySizes.push_back(maximumFrames);
+  }
+
+  void play();
+  void deliver(std::unique_lock<std::mutex>& lock);
+  void halt(std::unique_lock<std::mutex>& lock);
+  bool hasEnded() const { return position >= samples->size(); }
+
+  // Constant after construction.
+  const Samples samples;
+  std::vector<std::uint32_t> deliverySizes;
+
+  std::mutex mutex;
+  std::condition_variable changed;
+  // Guarded by mutex.
+  InputCallback callback;
+  std::thread thread;
+  bool initialized = false;
+  bool running = false;
+  bool inCallback = false;
+  bool quit = false;
+  std::size_t nextSize = 0;
+  std::uint64_t framesSinceStart = 0;
+
+  // Touched by the audio thread, and under mutex while no callback runs.
+  std::size_t position = 0;
+};
+
+void MemoryAudioUnit::Player::play() {
+  std::unique_lock lock(mutex);
+  while (true) {
+    changed.wait(lock, [this] { return quit || (running && !hasEnded()); });
+    if (quit) return;
+    deliver(lock);
+  }
+}
+
+void MemoryAudioUnit::Player::deliver(std::unique_lock<std::mutex>& lock) {
+  const std::size_t left = samples->size() - position;
+  const std::uint32_t size = deliverySizes[nextSize++ % deliverySizes.size()];
+  const auto frames = static_cast<std::uint32_t>(std::min<std::size_t>(size, left));
+  const AudioTimeStamp timeStamp{static_cast<double>(framesSinceStart), 0};
+  inCallback = true;
+  lock.unlock();
+  RenderActionFlags flags = 0;
+  if (callback) callback(flags, timeStamp, audioUnitInputBus, frames);
+  lock.lock();
+  inCallback = false;
+  position += frames;
+  framesSinceStart += frames;
+  changed.notify_all();
+}
+
+void MemoryAudioUnit::Player::halt(std::unique_lock<std::mutex>& lock) {
+  running = false;
+  if (thread.get_id() == std::this_thread::get_id()) return;
+  changed.wait(lock, [this] { return !inCallback; });
+}
+
+MemoryAudioUnit::MemoryAudioUnit(Samples samples, std::vector<std::uint32_t> deliverySizes)
+    : player_(std::make_shared<Player>(
+          samples ? std::move(samples) : std::make_shared<const std::vector<std::int32_t>>(),
+          std::move(deliverySizes))) {}
+
+MemoryAudioUnit::~MemoryAudioUnit() {
+  std::thread thread;
+  {
+    std::unique_lock lock(player_->mutex);
+    player_->halt(lock);
+    player_->quit = true;
+    player_->changed.notify_all();
+    thread.swap(player_->thread);
+  }
+  if (!thread.joinable()) return;
+  if (thread.get_id() == std::this_thread::get_id()) {
+    thread.detach();
+  } else {
+    thread.join();
+  }
+}
+
+AudioStatus MemoryAudioUnit::inputStreamFormat(AudioStreamBasicDescription& format) {
+  format = memoryFormat();
+  return audioNoError;
+}
+
+AudioStatus MemoryAudioUnit::setClientStreamFormat(const AudioStreamBasicDescription&) {
+  return audioNoError;
+}
+
+AudioStatus MemoryAudioUnit::setDeliveredStreamFormat(const AudioStreamBasicDescription& format) {
+  return format == memoryFormat() ? audioNoError : audioFormatError;
+}
+
+AudioStatus MemoryAudioUnit::maximumFramesPerSlice(std::uint32_t& frames) {
+  frames = maximumFrames;
+  return audioNoError;
+}
+
+AudioStatus MemoryAudioUnit::setInputCallback(InputCallback callback) {
+  const std::lock_guard lock(player_->mutex);
+  if (player_->running || player_->inCallback) return audioStateError;
+  player_->callback = std::move(callback);
+  return audioNoError;
+}
+
+AudioStatus MemoryAudioUnit::initialize() {
+  const std::lock_guard lock(player_->mutex);
+  player_->initialized = true;
+  return audioNoError;
+}
+
+AudioStatus MemoryAudioUnit::uninitialize() {
+  std::unique_lock lock(player_->mutex);
+  player_->halt(lock);
+  player_->initialized = false;
+  return audioNoError;
+}
+
+AudioStatus MemoryAudioUnit::start() {
+  const std::lock_guard lock(player_->mutex);
+  if (!player_->initialized) return audioStateError;
+  if (player_->running) return audioNoError;
+  player_->running = true;
+  player_->framesSinceStart = 0;
+  if (!player_->thread.joinable()) {
+    player_->thread = std::thread([player = player_] { player->play(); });
+  }
+  player_->changed.notify_all();
+  return audioNoError;
+}
+
+AudioStatus MemoryAudioUnit::stop() {
+  std::unique_lock lock(player_->mutex);
+  player_->halt(lock);
+  return audioNoError;
+}
+
+AudioStatus MemoryAudioUnit::render(RenderActionFlags&, const AudioTimeStamp&, std::uint32_t,
+                                    std::uint32_t numberFrames, AudioBufferList& list) {
+  if (list.buffers.empty()) return audioParameterError;
+  const AudioBuffer& buffer = list.buffers.front();
+  const std::size_t bytes = std::size_t{numberFrames} * sizeof(std::int32_t);
+  if (numberFrames > player_->samples->size() - player_->position) return audioParameterError;
+  if (buffer.dataByteSize < bytes) return audioTooManyFramesError;
+  std::memcpy(buffer.data, player_->samples->data() + player_->position, bytes);
+  return audioNoError;
+}
+
+}  // namespace lirvox::platform
