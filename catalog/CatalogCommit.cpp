@@ -99,10 +99,9 @@ void CatalogCommit::gatherRows(const std::vector<NewTrack>& tracks,
 // no longer is.
 void CatalogCommit::moveRows() {
   const auto mover = [this](const std::string& from, const std::string& to) {
-    return std::pair(
-        SQLite::Statement(database_, "INSERT INTO " + to + " SELECT * FROM " + from +
-                                         " WHERE num2 = ?"),
-        SQLite::Statement(database_, "DELETE FROM " + from + " WHERE num2 = ?"));
+    return std::pair(SQLite::Statement(database_, "INSERT INTO " + to + " SELECT * FROM " + from +
+                                                      " WHERE num2 = ?"),
+                     SQLite::Statement(database_, "DELETE FROM " + from + " WHERE num2 = ?"));
   };
   auto hold = mover("db", "held");
   auto release = mover("held", "db");

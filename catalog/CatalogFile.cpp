@@ -1,13 +1,13 @@
 // The SQLite file behind a catalogue.
 #include "catalog/CatalogFile.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
 #include <utility>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace lirvox::catalog {
 namespace {
@@ -59,8 +59,8 @@ CatalogFile::~CatalogFile() {
 }
 
 void CatalogFile::openExisting() {
-  database_ = std::make_unique<SQLite::Database>(path_, SQLite::OPEN_READWRITE,
-                                                 kBusyTimeoutInMilliseconds);
+  database_ =
+      std::make_unique<SQLite::Database>(path_, SQLite::OPEN_READWRITE, kBusyTimeoutInMilliseconds);
   if (database_->execAndGet("PRAGMA application_id").getInt() != kApplicationId) {
     throw CatalogError(path_ + ": not a catalogue that lirvox index has made");
   }
@@ -78,7 +78,8 @@ void CatalogFile::createNew() {
   database_ = std::make_unique<SQLite::Database>(
       unpublished_, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, kBusyTimeoutInMilliseconds);
   // A file that nobody knows of yet needs no journal.
-  database_->exec("PRAGMA journal_mode = OFF; PRAGMA synchronous = OFF; PRAGMA cache_size = -65536");
+  database_->exec(
+      "PRAGMA journal_mode = OFF; PRAGMA synchronous = OFF; PRAGMA cache_size = -65536");
   database_->exec("PRAGMA application_id = " + std::to_string(kApplicationId));
   database_->exec("PRAGMA user_version = " + std::to_string(kUserVersion));
   database_->exec(kTables);

@@ -1,13 +1,13 @@
 // The SQLite file behind a catalogue.
 #pragma once
 
-#include <SQLiteCpp/SQLiteCpp.h>
-#include <SQLiteCpp/VariadicBind.h>
-
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
+
+#include <SQLiteCpp/SQLiteCpp.h>
+#include <SQLiteCpp/VariadicBind.h>
 
 #include "catalog/CatalogError.h"
 

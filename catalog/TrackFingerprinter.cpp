@@ -43,8 +43,8 @@ void TrackFingerprinter::analyse() {
   std::uint64_t needed = end;
   DoubleSplitComplex ignored;
   for (auto& [shift, specgram] : grids_) {
-    const std::uint64_t first = static_cast<std::uint64_t>(shift) +
-                                hop * static_cast<std::uint64_t>(specgram.frameCount());
+    const std::uint64_t first =
+        static_cast<std::uint64_t>(shift) + hop * static_cast<std::uint64_t>(specgram.frameCount());
     const std::uint64_t complete = end < first + size ? 0 : (end - first - size) / hop + 1;
     if (complete > 0) {
       appendPowerFrames(samples_.data() + (first - begin_), 0, static_cast<std::int32_t>(complete),

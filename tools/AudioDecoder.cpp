@@ -1,0 +1,212 @@
+// Sound files of any kind to samples of the capture format.
+#include "tools/AudioDecoder.h"
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+#include <libavutil/channel_layout.h>
+#include <libavutil/opt.h>
+#include <libswresample/swresample.h>
+}
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "lib/LirvoxSettings.h"
+
+namespace lirvox::tools {
+namespace {
+
+using Kind = AudioError::Kind;
+
+template <auto Free>
+struct FreeThrough {
+  template <typename Object>
+  void operator()(Object* object) const {
+    Free(&object);
+  }
+};
+
+using Format = std::unique_ptr<AVFormatContext, FreeThrough<avformat_close_input>>;
+using Codec = std::unique_ptr<AVCodecContext, FreeThrough<avcodec_free_context>>;
+using Packet = std::unique_ptr<AVPacket, FreeThrough<av_packet_free>>;
+using Frame = std::unique_ptr<AVFrame, FreeThrough<av_frame_free>>;
+using Resampler = std::unique_ptr<SwrContext, FreeThrough<swr_free>>;
+
+std::string reasonOf(int code) {
+  std::array<char, AV_ERROR_MAX_STRING_SIZE> text{};
+  av_strerror(code, text.data(), text.size());
+  return text.data();
+}
+
+Format openFormat(const std::string& path) {
+  AVFormatContext* raw = nullptr;
+  const std::string url = path == "-" ? "pipe:0" : "file:" + path;
+  const int opened = avformat_open_input(&raw, url.c_str(), nullptr, nullptr);
+  // What is no sound file at all is told apart from one that cannot be read.
+  if (opened == AVERROR_INVALIDDATA) throw AudioError(Kind::noAudio, "not a sound file");
+  if (opened < 0) throw AudioError(Kind::unreadable, reasonOf(opened));
+  Format format(raw);
+  const int found = avformat_find_stream_info(format.get(), nullptr);
+  if (found < 0) throw AudioError(Kind::unreadable, reasonOf(found));
+  return format;
+}
+
+Codec openCodec(const AVFormatContext& format, int stream, const AVCodec* decoder) {
+  Codec codec(avcodec_alloc_context3(decoder));
+  int result = codec ? 0 : AVERROR(ENOMEM);
+  if (result >= 0) {
+    result = avcodec_parameters_to_context(codec.get(), format.streams[stream]->codecpar);
+  }
+  if (result >= 0) result = avcodec_open2(codec.get(), decoder, nullptr);
+  if (result < 0) throw AudioError(Kind::unreadable, reasonOf(result));
+  return codec;
+}
+
+// Decoded frames to mono words at the recognizer's rate. Made anew when the stream
+// changes its format on the way.
+class Converter {
+ public:
+  explicit Converter(const SampleSink& sink) : sink_(sink) {}
+
+  // False when the sink has had enough.
+  bool add(const AVFrame& frame) {
+    bool wanted = true;
+    if (!resampler_ || !matches(frame)) {
+      wanted = finish();
+      configure(frame);
+    }
+    // FFmpeg's own declaration lacks a const.
+    auto** const input = const_cast<const std::uint8_t**>(frame.extended_data);
+    return wanted && convert(input, frame.nb_samples);
+  }
+
+  // Gives out what the resampler holds back.
+  bool finish() { return !resampler_ || convert(nullptr, 0); }
+
+ private:
+  bool matches(const AVFrame& frame) const {
+    return frame.sample_rate == rate_ && frame.format == format_ &&
+           av_channel_layout_compare(&frame.ch_layout, &layout_) == 0;
+  }
+
+  void configure(const AVFrame& frame) {
+    rate_ = frame.sample_rate;
+    format_ = static_cast<AVSampleFormat>(frame.format);
+    layout_ = frame.ch_layout;
+    AVChannelLayout in = frame.ch_layout;
+    // Raw formats name a number of channels without saying which.
+    if (in.order == AV_CHANNEL_ORDER_UNSPEC) av_channel_layout_default(&in, in.nb_channels);
+    AVChannelLayout mono = AV_CHANNEL_LAYOUT_MONO;
+    SwrContext* raw = nullptr;
+    int result =
+        swr_alloc_set_opts2(&raw, &mono, AV_SAMPLE_FMT_S32, LirvoxSettings::settingSampleRate(),
+                            &in, format_, rate_, 0, nullptr);
+    resampler_.reset(raw);
+    if (result >= 0) result = swr_init(raw);
+    if (result < 0) throw AudioError(Kind::unreadable, reasonOf(result));
+  }
+
+  bool convert(const std::uint8_t** input, int count) {
+    const int room = swr_get_out_samples(resampler_.get(), count);
+    if (room < 0) throw AudioError(Kind::unreadable, reasonOf(room));
+    words_.resize(static_cast<std::size_t>(room));
+    auto* output = reinterpret_cast<std::uint8_t*>(words_.data());
+    const int made = swr_convert(resampler_.get(), &output, room, input, count);
+    if (made < 0) throw AudioError(Kind::unreadable, reasonOf(made));
+    return made == 0 || sink_(words_.data(), static_cast<std::size_t>(made));
+  }
+
+  const SampleSink& sink_;
+  Resampler resampler_;
+  int rate_ = 0;
+  AVSampleFormat format_ = AV_SAMPLE_FMT_NONE;
+  AVChannelLayout layout_{};
+  std::vector<std::int32_t> words_;
+};
+
+// Takes the frames that the decoder has ready. False when the sink has had enough.
+bool drain(AVCodecContext& codec, AVFrame& frame, Converter& converter, bool& decoded) {
+  while (avcodec_receive_frame(&codec, &frame) >= 0) {
+    decoded = true;
+    if (!converter.add(frame)) return false;
+  }
+  return true;
+}
+
+void decodeStream(AVFormatContext& format, int stream, AVCodecContext& codec,
+                  const SampleSink& sink) {
+  const Packet packet(av_packet_alloc());
+  const Frame frame(av_frame_alloc());
+  if (!packet || !frame) throw AudioError(Kind::unreadable, reasonOf(AVERROR(ENOMEM)));
+  Converter converter(sink);
+  bool decoded = false;
+  int read = 0;
+  while ((read = av_read_frame(&format, packet.get())) >= 0) {
+    // A damaged packet is lost, not the rest of the file.
+    const bool sent =
+        packet->stream_index == stream && avcodec_send_packet(&codec, packet.get()) >= 0;
+    av_packet_unref(packet.get());
+    if (sent && !drain(codec, *frame, converter, decoded)) return;
+  }
+  avcodec_send_packet(&codec, nullptr);
+  if (drain(codec, *frame, converter, decoded) && converter.finish() && !decoded) {
+    throw AudioError(Kind::unreadable,
+                     read == AVERROR_EOF ? "no audio could be decoded" : reasonOf(read));
+  }
+}
+
+std::string tag(const AVFormatContext& format, int stream, const char* name) {
+  for (const AVDictionary* const tags : {format.metadata, format.streams[stream]->metadata}) {
+    const AVDictionaryEntry* const entry = av_dict_get(tags, name, nullptr, 0);
+    if (entry && *entry->value) return entry->value;
+  }
+  return {};
+}
+
+}  // namespace
+
+AudioTags decodeAudio(const std::string& path, const SampleSink& sink) {
+  av_log_set_level(AV_LOG_QUIET);
+  const Format format = openFormat(path);
+  const AVCodec* decoder = nullptr;
+  const int stream = av_find_best_stream(format.get(), AVMEDIA_TYPE_AUDIO, -1, -1, &decoder, 0);
+  if (stream < 0) throw AudioError(Kind::noAudio, "no audio stream that can be decoded");
+  const Codec codec = openCodec(*format, stream, decoder);
+  // Video and other streams are not even read where the container allows.
+  for (unsigned i = 0; i < format->nb_streams; ++i) {
+    if (static_cast<int>(i) != stream) format->streams[i]->discard = AVDISCARD_ALL;
+  }
+  decodeStream(*format, stream, *codec, sink);
+  return {tag(*format, stream, "title"), tag(*format, stream, "artist")};
+}
+
+AudioTags readRecording(const std::string& path, const SampleSink& sink) {
+  struct Close {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+  };
+  const std::unique_ptr<std::FILE, Close> file(std::fopen(path.c_str(), "rb"));
+  if (!file) throw AudioError(Kind::unreadable, std::strerror(errno));
+  std::array<std::int32_t, 4096> words{};
+  std::size_t count = 0;
+  while ((count = std::fread(words.data(), sizeof words[0], words.size(), file.get())) > 0) {
+    if (!sink(words.data(), count)) return {};
+  }
+  if (std::ferror(file.get())) throw AudioError(Kind::unreadable, std::strerror(errno));
+  return {};
+}
+
+AudioTags readAudio(const std::string& path, const SampleSink& sink) {
+  constexpr std::string_view kRecording = ".dat";
+  const bool isRecording =
+      path.size() >= kRecording.size() &&
+      path.compare(path.size() - kRecording.size(), kRecording.size(), kRecording) == 0;
+  return isRecording ? readRecording(path, sink) : decodeAudio(path, sink);
+}
+
+}  // namespace lirvox::tools

@@ -1,0 +1,97 @@
+// Files to fingerprinted tracks, several at a time.
+#include "tools/TrackReader.h"
+
+#include <filesystem>
+#include <utility>
+
+#include "lib/LirvoxSettings.h"
+#include "tools/AudioDecoder.h"
+
+namespace lirvox::tools {
+namespace {
+
+// How often a wait looks whether it was interrupted: a signal handler cannot wake it.
+constexpr std::chrono::milliseconds kInterruptionCheck{100};
+
+ReadTrack read(const ListedFile& file, catalog::TrackFingerprinter& fingerprinter,
+               const std::atomic<bool>& dropped) {
+  ReadTrack result{&file, ReadTrack::State::failed, {}, {}};
+  try {
+    const AudioTags tags = readAudio(file.path, [&](const std::int32_t* words, std::size_t count) {
+      fingerprinter.add(words, count);
+      return !dropped && !TrackReader::interrupted;
+    });
+    const double seconds =
+        static_cast<double>(fingerprinter.sampleCount()) / LirvoxSettings::settingSampleRate();
+    const std::string name = std::filesystem::path(file.path).stem().string();
+    result.track = {
+        {tags.title.empty() ? name : tags.title, tags.artist, file.path, seconds}, file.stamp, {}};
+    result.state = ReadTrack::State::read;
+  } catch (const AudioError& error) {
+    result.reason = error.what();
+    if (error.kind() == AudioError::Kind::noAudio) result.state = ReadTrack::State::noAudio;
+  }
+  result.track.rows = fingerprinter.finish();
+  return result;
+}
+
+}  // namespace
+
+std::atomic<bool> TrackReader::interrupted{false};
+
+TrackReader::TrackReader(const std::vector<ListedFile>& files, catalog::Shifts shifts,
+                         unsigned threads)
+    : files_(files), capacity_(2 * threads), working_(threads) {
+  for (unsigned i = 0; i < threads; ++i) threads_.emplace_back([this, shifts] { work(shifts); });
+}
+
+TrackReader::~TrackReader() {
+  dropped_ = true;
+  {
+    const std::lock_guard lock(mutex_);
+    changed_.notify_all();
+  }
+  for (std::thread& thread : threads_) thread.join();
+}
+
+std::optional<ReadTrack> TrackReader::next() {
+  std::unique_lock lock(mutex_);
+  while (done_.empty() && working_ > 0 && !interrupted) {
+    changed_.wait_for(lock, kInterruptionCheck);
+  }
+  if (done_.empty() || interrupted) return std::nullopt;
+  ReadTrack track = std::move(done_.front());
+  done_.pop_front();
+  changed_.notify_all();
+  return track;
+}
+
+void TrackReader::work(catalog::Shifts shifts) {
+  catalog::TrackFingerprinter fingerprinter(shifts);
+  while (const ListedFile* const file = claim()) {
+    if (!deliver(read(*file, fingerprinter, dropped_))) break;
+  }
+  const std::lock_guard lock(mutex_);
+  --working_;
+  changed_.notify_all();
+}
+
+const ListedFile* TrackReader::claim() {
+  const std::size_t index = claimed_.fetch_add(1);
+  return index < files_.size() && !dropped_ && !interrupted ? &files_[index] : nullptr;
+}
+
+// False when nobody wants the track any more; one that an interruption cut short is not
+// taken either.
+bool TrackReader::deliver(ReadTrack track) {
+  std::unique_lock lock(mutex_);
+  while (done_.size() >= capacity_ && !dropped_ && !interrupted) {
+    changed_.wait_for(lock, kInterruptionCheck);
+  }
+  if (dropped_ || interrupted) return false;
+  done_.push_back(std::move(track));
+  changed_.notify_all();
+  return true;
+}
+
+}  // namespace lirvox::tools

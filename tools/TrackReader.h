@@ -1,0 +1,65 @@
+// Files to fingerprinted tracks, several at a time.
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "catalog/Catalog.h"
+#include "tools/FileList.h"
+
+namespace lirvox::tools {
+
+/// What became of one file.
+struct ReadTrack {
+  enum class State { read, failed, noAudio };
+
+  const ListedFile* file = nullptr;
+  State state = State::failed;
+  catalog::NewTrack track;  ///< when read
+  std::string reason;       ///< when not
+};
+
+/// Decodes and fingerprints files on threads of its own. At most two finished tracks
+/// per thread wait to be taken, which bounds the memory.
+class TrackReader {
+ public:
+  /// Starts at once; `files` must outlive the reader.
+  TrackReader(const std::vector<ListedFile>& files, catalog::Shifts shifts, unsigned threads);
+  /// Drops what is under way.
+  ~TrackReader();
+
+  TrackReader(const TrackReader&) = delete;
+  TrackReader& operator=(const TrackReader&) = delete;
+
+  /// The next file that is done, in any order; waits for it. None after the last, or
+  /// once `interrupted` is true.
+  std::optional<ReadTrack> next();
+
+  /// Set by a signal handler: reading ends soon, whole tracks that are done stay good.
+  static std::atomic<bool> interrupted;
+
+ private:
+  void work(catalog::Shifts shifts);
+  const ListedFile* claim();
+  bool deliver(ReadTrack track);
+
+  const std::vector<ListedFile>& files_;
+  const std::size_t capacity_;
+  std::atomic<std::size_t> claimed_{0};
+  std::atomic<bool> dropped_{false};
+
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::deque<ReadTrack> done_;  // guarded by mutex_
+  std::size_t working_;         // threads that may still deliver; guarded by mutex_
+  std::vector<std::thread> threads_;
+};
+
+}  // namespace lirvox::tools
