@@ -6,6 +6,10 @@
 
 #include <CLI/CLI.hpp>
 
+namespace CLI {
+class App;
+}
+
 namespace lirvox::tools {
 
 /// What the program's exit status says.
@@ -21,7 +25,7 @@ enum ExitStatus : int {
 
 /// The command line while it is put together.
 struct CommandLine {
-  CLI::App app;
+  CLI::App& app;
   /// What the chosen command does; returns the exit status.
   std::function<int()> run;
 };
@@ -33,11 +37,5 @@ void addInfoCommand(CommandLine& line);
 
 /// Adds the option -d, which stands for the installed database unless given.
 void addDatabaseOption(CLI::App& command, std::string& path);
-
-/// Writes "lirvox: TEXT" to the standard error stream.
-void complain(const std::string& text);
-
-/// A number of seconds as people write it, 1:02:03 or 2:03; negative ones too.
-std::string clockTime(double seconds);
 
 }  // namespace lirvox::tools

@@ -5,7 +5,7 @@
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
-#include "tools/CommandLine.h"
+#include "tools/Console.h"
 
 namespace lirvox::tools {
 

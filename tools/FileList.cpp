@@ -7,7 +7,7 @@
 #include <system_error>
 #include <utility>
 
-#include "tools/CommandLine.h"
+#include "tools/Console.h"
 
 namespace lirvox::tools {
 namespace {

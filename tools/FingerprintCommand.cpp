@@ -3,8 +3,11 @@
 #include <memory>
 #include <string>
 
+#include <CLI/CLI.hpp>
+
 #include "tools/AudioDecoder.h"
 #include "tools/CommandLine.h"
+#include "tools/Console.h"
 #include "tools/QueryPass.h"
 
 namespace lirvox::tools {

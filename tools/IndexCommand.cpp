@@ -9,8 +9,11 @@
 #include <thread>
 #include <vector>
 
+#include <CLI/CLI.hpp>
+
 #include "catalog/Catalog.h"
 #include "tools/CommandLine.h"
+#include "tools/Console.h"
 #include "tools/FileList.h"
 #include "tools/Progress.h"
 #include "tools/TrackReader.h"

@@ -5,11 +5,14 @@
 #include <string>
 #include <utility>
 
+#include <CLI/CLI.hpp>
+
 #include "catalog/CatalogSummary.h"
 #include "lib/LirvoxDatabase.h"
 #include "lib/LirvoxSettings.h"
 #include "lib/platform/Platform.h"
 #include "tools/CommandLine.h"
+#include "tools/Console.h"
 #include "tools/DatabaseCheck.h"
 #include "tools/InstalledDatabase.h"
 

@@ -6,7 +6,7 @@
 
 #include <unistd.h>
 
-#include "tools/CommandLine.h"
+#include "tools/Console.h"
 
 namespace lirvox::tools {
 

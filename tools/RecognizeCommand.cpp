@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
 #include "catalog/CatalogSummary.h"
@@ -14,6 +15,7 @@
 #include "lib/LirvoxSettings.h"
 #include "tools/AudioDecoder.h"
 #include "tools/CommandLine.h"
+#include "tools/Console.h"
 #include "tools/DatabaseCheck.h"
 #include "tools/FileRecognizer.h"
 #include "tools/QueryPass.h"

@@ -2,17 +2,21 @@
 #include <exception>
 #include <iostream>
 
+#include <CLI/CLI.hpp>
+
 #include "catalog/CatalogError.h"
 #include "tools/CommandLine.h"
+#include "tools/Console.h"
 
 using namespace lirvox::tools;
 
 int main(int argc, char** argv) {
-  CommandLine line;
-  line.app.description("Recognise what is playing, offline, against a database of your own music.");
-  line.app.set_version_flag("--version", LIRVOX_VERSION);
-  line.app.require_subcommand(1);
-  line.app.footer(
+  CLI::App app;
+  CommandLine line{app, {}};
+  app.description("Recognise what is playing, offline, against a database of your own music.");
+  app.set_version_flag("--version", LIRVOX_VERSION);
+  app.require_subcommand(1);
+  app.footer(
       "Examples:\n"
       "  lirvox index ~/Music            fingerprint a folder into the database\n"
       "  lirvox recognize excerpt.ogg    say which track it is, and where in it\n"
@@ -24,9 +28,9 @@ int main(int argc, char** argv) {
   addFingerprintCommand(line);
   addInfoCommand(line);
   try {
-    line.app.parse(argc, argv);
+    app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    return line.app.exit(error) == 0 ? exitDone : exitUsage;
+    return app.exit(error) == 0 ? exitDone : exitUsage;
   }
   try {
     return line.run();
