@@ -1,0 +1,24 @@
+// A log that tests can read.
+#include "tests/support/RecordedLog.h"
+
+#include <algorithm>
+
+namespace lirvox::test {
+
+void RecordedLog::write(std::string_view line) {
+  const std::lock_guard lock(mutex_);
+  lines_.emplace_back(line);
+}
+
+std::vector<std::string> RecordedLog::lines() const {
+  const std::lock_guard lock(mutex_);
+  return lines_;
+}
+
+bool RecordedLog::has(std::string_view text) const {
+  const auto all = lines();
+  return std::any_of(all.begin(), all.end(),
+                     [&](const std::string& line) { return line.find(text) != std::string::npos; });
+}
+
+}  // namespace lirvox::test

@@ -1,0 +1,41 @@
+// A platform for tests.
+#include "tests/support/TestPlatform.h"
+
+#include <string>
+#include <utility>
+
+namespace lirvox::test {
+namespace {
+
+class FixedDirectories : public platform::Directories {
+ public:
+  explicit FixedDirectories(std::string caches) : caches_(std::move(caches)) {}
+  std::string cachesDirectory() const override { return caches_; }
+
+ private:
+  const std::string caches_;
+};
+
+}  // namespace
+
+TestPlatform::TestPlatform() : previous_(platform::current()) {
+  platform::Platform services = platform::systemPlatform("lirvox-test");
+  services.mainQueue = services.globalQueue = scheduler.queue();
+  services.makeSerialQueue = [queue = scheduler.queue()](const std::string&) { return queue; };
+  services.clock = scheduler.clock();
+  services.log = log;
+  services.directories = std::make_shared<FixedDirectories>(folder.path("caches"));
+  platform::install(std::move(services));
+}
+
+TestPlatform::~TestPlatform() {
+  platform::install(*previous_);
+}
+
+void TestPlatform::change(const std::function<void(platform::Platform&)>& change) {
+  platform::Platform services = *platform::current();
+  change(services);
+  platform::install(std::move(services));
+}
+
+}  // namespace lirvox::test
