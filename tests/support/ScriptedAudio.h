@@ -1,0 +1,132 @@
+// An audio unit, a session and a log whose behaviour a test writes down.
+#pragma once
+
+#include <cstring>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "lib/platform/Platform.h"
+
+namespace lirvox::test {
+
+// What happened at the platform's side, and what it answers.
+struct AudioScript {
+  std::vector<std::string> calls;
+  std::map<std::string, platform::AudioStatus> statuses;  // by call; 0 where none is given
+  std::vector<std::int32_t> samples;                      // of the next delivery
+  std::uint32_t maximumFrames = 1024;
+  platform::AudioUnit::InputCallback callback;
+
+  platform::AudioStatus answer(const std::string& call) {
+    calls.push_back(call);
+    const auto status = statuses.find(call);
+    return status == statuses.end() ? platform::audioNoError : status->second;
+  }
+
+  // One delivery, on the calling thread.
+  platform::AudioStatus deliver(std::vector<std::int32_t> delivery) {
+    samples = std::move(delivery);
+    std::uint32_t flags = 0;
+    return callback(flags, {}, platform::audioUnitInputBus,
+                    static_cast<std::uint32_t>(samples.size()));
+  }
+};
+
+class ScriptedUnit : public platform::AudioUnit {
+ public:
+  explicit ScriptedUnit(std::shared_ptr<AudioScript> script) : script_(std::move(script)) {}
+
+  platform::AudioStatus enableInput() override { return script_->answer("enableInput"); }
+  platform::AudioStatus inputStreamFormat(platform::AudioStreamBasicDescription& format) override {
+    format.sampleRate = 48000;
+    format.channelsPerFrame = 2;
+    return script_->answer("inputStreamFormat");
+  }
+  platform::AudioStatus setClientStreamFormat(
+      const platform::AudioStreamBasicDescription&) override {
+    return script_->answer("setClientStreamFormat");
+  }
+  platform::AudioStatus setDeliveredStreamFormat(
+      const platform::AudioStreamBasicDescription&) override {
+    return script_->answer("setDeliveredStreamFormat");
+  }
+  platform::AudioStatus maximumFramesPerSlice(std::uint32_t& frames) override {
+    frames = script_->maximumFrames;
+    return script_->answer("maximumFramesPerSlice");
+  }
+  platform::AudioStatus setInputCallback(InputCallback callback) override {
+    script_->callback = std::move(callback);
+    return script_->answer("setInputCallback");
+  }
+  platform::AudioStatus initialize() override { return script_->answer("initialize"); }
+  platform::AudioStatus uninitialize() override { return script_->answer("uninitialize"); }
+  platform::AudioStatus start() override { return script_->answer("start"); }
+  platform::AudioStatus stop() override { return script_->answer("stop"); }
+  platform::AudioStatus render(RenderActionFlags&, const platform::AudioTimeStamp&, std::uint32_t,
+                               std::uint32_t, platform::AudioBufferList& list) override {
+    std::memcpy(list.buffers[0].data, script_->samples.data(), list.buffers[0].dataByteSize);
+    return renderStatus;
+  }
+
+  platform::AudioStatus renderStatus = platform::audioNoError;
+
+ private:
+  const std::shared_ptr<AudioScript> script_;
+};
+
+class ScriptedSession : public platform::NullAudioSession {
+ public:
+  platform::AudioSessionRoute currentRoute() override { return route; }
+  std::optional<platform::AudioSessionDataSource> inputDataSource() override { return dataSource; }
+  bool setPreferredInput(const std::optional<platform::AudioSessionPort>&,
+                         LirvoxError& error) override {
+    requests += "port;";
+    error.localizedDescription = "port refused";
+    return !refusesPort;
+  }
+  bool setInputDataSource(const platform::AudioSessionDataSource&, LirvoxError& error) override {
+    requests += "source;";
+    error.localizedDescription = "source refused";
+    return !refusesDataSource;
+  }
+
+  platform::AudioSessionRoute route;
+  std::optional<platform::AudioSessionDataSource> dataSource;
+  bool refusesPort = false;
+  bool refusesDataSource = false;
+  std::string requests;
+};
+
+class RememberingLog : public platform::Log {
+ public:
+  void write(std::string_view line) override { lines.emplace_back(line); }
+  std::vector<std::string> lines;
+};
+
+// Installs the scripted sound and log.
+struct ScriptedPlatform {
+  ScriptedPlatform() {
+    platform::Platform installed = platform::systemPlatform();
+    installed.audioSession = session;
+    installed.log = log;
+    installed.makeInputUnit = [this](platform::AudioStatus& status) {
+      status = script->answer("makeInputUnit");
+      auto made = std::make_unique<ScriptedUnit>(script);
+      unit = made.get();
+      return made;
+    };
+    platform::install(std::move(installed));
+  }
+
+  const std::shared_ptr<AudioScript> script = std::make_shared<AudioScript>();
+  const std::shared_ptr<ScriptedSession> session = std::make_shared<ScriptedSession>();
+  const std::shared_ptr<RememberingLog> log = std::make_shared<RememberingLog>();
+  ScriptedUnit* unit = nullptr;
+};
+
+}  // namespace lirvox::test
