@@ -65,6 +65,10 @@ std::size_t Catalog::rowsInFile() {
 }
 
 void Catalog::commit() {
+  // Ids do not depend on which file happened to be read first.
+  std::sort(pending_.begin(), pending_.end(), [](const NewTrack& a, const NewTrack& b) {
+    return a.info.path < b.info.path;
+  });
   naming(path_, [&] {
     file_->setNote("common_share", rule_.share);
     CatalogCommit(*file_, rule_).run(pending_);

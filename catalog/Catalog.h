@@ -48,9 +48,8 @@ struct CatalogOptions {
 /// One SQLite file. Table `db` holds the rows that the recognizer looks up, clustered
 /// by hash; `tracks` says what the ids stand for. Rows of hashes that are too common
 /// to tell tracks apart are kept aside in `held`, from where they return when the
-/// catalogue grows and the rule no longer takes their hash for common; `hashes`,
-/// `sources` and `config` are the catalogue's own notes. Devices need `db` and `tracks`
-/// only.
+/// catalogue grows and the rule no longer takes their hash for common; `sources`
+/// and `config` are the catalogue's own notes. Devices need `db` and `tracks` only.
 ///
 /// Changes are whole: until `commit` has returned, the file is as it was, whatever
 /// ends the process. One thread at a time; `CatalogError` says what went wrong.

@@ -30,11 +30,7 @@ void CatalogCommit::run(const std::vector<NewTrack>& tracks) {
 }
 
 void CatalogCommit::loadCounts() {
-  oldCounts_.assign(kHashes, 0);
-  SQLite::Statement query(database_, "SELECT num2, rows FROM hashes");
-  while (query.executeStep()) {
-    oldCounts_.at(query.getColumn(0).getUInt()) = query.getColumn(1).getUInt();
-  }
+  oldCounts_ = file_.hashCounts();
   counts_ = oldCounts_;
   oldLimit_ = static_cast<std::uint32_t>(
       file_.note(kLimitNote).value_or(std::numeric_limits<std::uint32_t>::max()));
@@ -58,6 +54,7 @@ std::vector<std::int32_t> CatalogCommit::assignIds(const std::vector<NewTrack>& 
       ids.push_back(next++);
     }
   }
+  known.reset();
   if (!replaced.empty()) removeRows(replaced);
   return ids;
 }
@@ -146,16 +143,12 @@ void CatalogCommit::writeTracks(const std::vector<NewTrack>& tracks,
 }
 
 void CatalogCommit::writeNotes() {
-  SQLite::Statement write(database_, "INSERT OR REPLACE INTO hashes VALUES(?, ?)");
   double rows = 0.0;
   double heldRows = 0.0;
   for (std::uint32_t hash = 0; hash < kHashes; ++hash) {
     (isHeld(hash) ? heldRows : rows) += counts_[hash];
-    if (counts_[hash] == oldCounts_[hash]) continue;
-    SQLite::bind(write, hash, counts_[hash]);
-    write.exec();
-    write.reset();
   }
+  file_.setHashCounts(counts_);
   file_.setNote(kLimitNote, limit_);
   file_.setNote("rows", rows);
   file_.setNote("held_rows", heldRows);

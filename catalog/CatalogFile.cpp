@@ -3,6 +3,7 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <stdexcept>
 #include <system_error>
 #include <utility>
 
@@ -27,8 +28,7 @@ constexpr const char* kTables = R"(
                       path TEXT NOT NULL, duration REAL NOT NULL);
   CREATE TABLE sources(path TEXT PRIMARY KEY, track_id INTEGER NOT NULL, size INTEGER NOT NULL,
                        modified INTEGER NOT NULL) WITHOUT ROWID;
-  CREATE TABLE hashes(num2 INTEGER PRIMARY KEY, rows INTEGER NOT NULL);
-  CREATE TABLE config(key TEXT PRIMARY KEY, value REAL NOT NULL) WITHOUT ROWID;
+  CREATE TABLE config(key TEXT PRIMARY KEY, value NOT NULL) WITHOUT ROWID;
 )";
 
 // Makes what was written to `path`, a file or a folder, outlast a loss of power.
@@ -96,6 +96,25 @@ void CatalogFile::setNote(const std::string& key, double value) {
   SQLite::Statement update(*database_, "INSERT OR REPLACE INTO config VALUES(?, ?)");
   update.bind(1, key);
   update.bind(2, value);
+  update.exec();
+}
+
+HashCounts CatalogFile::hashCounts() {
+  SQLite::Statement query(*database_, "SELECT value FROM config WHERE key = 'hash_counts'");
+  if (!query.executeStep()) return HashCounts(kHashes);
+  const SQLite::Column value = query.getColumn(0);
+  try {
+    return unpack(
+        {static_cast<const char*>(value.getBlob()), static_cast<std::size_t>(value.getBytes())});
+  } catch (const std::invalid_argument& error) {
+    throw CatalogError(path_ + ": " + error.what());
+  }
+}
+
+void CatalogFile::setHashCounts(const HashCounts& counts) {
+  SQLite::Statement update(*database_, "INSERT OR REPLACE INTO config VALUES('hash_counts', ?)");
+  const std::string packed = pack(counts);
+  update.bindNoCopy(1, packed.data(), static_cast<int>(packed.size()));
   update.exec();
 }
 

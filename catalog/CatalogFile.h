@@ -10,6 +10,7 @@
 #include <SQLiteCpp/VariadicBind.h>
 
 #include "catalog/CatalogError.h"
+#include "catalog/HashCounts.h"
 
 namespace lirvox::catalog {
 
@@ -34,6 +35,10 @@ class CatalogFile {
   /// A number among the catalogue's notes.
   std::optional<double> note(const std::string& key);
   void setNote(const std::string& key, double value);
+
+  /// The rows per hash that the last commit left; all 0 in a new catalogue.
+  HashCounts hashCounts();
+  void setHashCounts(const HashCounts& counts);
 
   /// Moves a new file into place, whole. Does nothing for one that was there before.
   void publish();

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
+#include <string_view>
 #include <vector>
 
 namespace lirvox::catalog {
@@ -11,6 +13,13 @@ constexpr std::uint32_t kHashes = 1U << 20;
 
 /// Rows per hash, of all rows of a catalogue.
 using HashCounts = std::vector<std::uint32_t>;
+
+/// The counts as a few bytes for each hash that occurs, for keeping.
+std::string pack(const HashCounts& counts);
+
+/// The counts of `packed`, which `pack` made. Throws `std::invalid_argument` when it is
+/// damaged.
+HashCounts unpack(std::string_view packed);
 
 /// The share of hash values, most frequent first, whose rows are left out. A few values
 /// occur nearly everywhere: they make most of the matches and tell nothing.

@@ -1,0 +1,138 @@
+// The lirvox program, run as its users run it.
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <sys/wait.h>
+
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/Tune.h"
+
+namespace lirvox::test {
+namespace {
+
+struct Finished {
+  int status = -1;
+  std::string output;  // of both streams
+};
+
+class Program : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::filesystem::create_directory(path("music"));
+    for (unsigned seed = 1; seed <= 3; ++seed) {
+      tunes_.push_back(makeTune(seed, 20.0));
+      writeWav(path("music/tune" + std::to_string(seed) + ".wav"), tunes_.back());
+    }
+    std::ofstream(path("music/cover.txt")) << "no music in here";
+  }
+
+  std::string path(const std::string& name) const { return folder_.path(name).string(); }
+
+  // Runs the program in the folder, with a caches directory of its own.
+  Finished run(const std::string& arguments) const {
+    const std::string command = "cd '" + folder_.path().string() + "' && LIRVOX_CACHES_DIR='" +
+                                folder_.path().string() + "/caches' " LIRVOX_PROGRAM " " +
+                                arguments + " 2>&1";
+    Finished run;
+    std::FILE* const pipe = ::popen(command.c_str(), "r");
+    std::array<char, 4096> part{};
+    while (const std::size_t count = std::fread(part.data(), 1, part.size(), pipe)) {
+      run.output.append(part.data(), count);
+    }
+    run.status = WEXITSTATUS(::pclose(pipe));
+    return run;
+  }
+
+  // Samples [from, from + 5 s) of a tune, as a recording.
+  void writeExcerpt(const std::string& name, std::size_t tune, double from) const {
+    const auto begin = tunes_[tune].begin() + static_cast<std::ptrdiff_t>(from * 11025);
+    writeRecording(path(name), {begin, begin + 55125});
+  }
+
+  TemporaryFolder folder_;
+  std::vector<std::vector<std::int32_t>> tunes_;
+};
+
+TEST_F(Program, RecognizesWhatItHasIndexed) {
+  ASSERT_EQ(run("index music").status, 0);
+  writeExcerpt("excerpt.dat", 1, 7.5);
+  const Finished text = run("recognize excerpt.dat");
+  EXPECT_EQ(text.status, 0);
+  EXPECT_EQ(text.output.rfind("excerpt.dat: tune2 at 0:07 (", 0), 0U) << text.output;
+
+  const auto json = nlohmann::json::parse(run("recognize --format json excerpt.dat").output);
+  EXPECT_EQ(json.at("file"), "excerpt.dat");
+  EXPECT_EQ(json.at("recognized"), true);
+  EXPECT_EQ(json.at("track_id"), 2);
+  EXPECT_EQ(json.at("title"), "tune2");
+  EXPECT_NEAR(json.at("position").get<double>(), 7.5, 0.05);
+  EXPECT_GT(json.at("votes").get<int>(), 30);
+}
+
+TEST_F(Program, ReadsStandardInputStartsLaterAndTakesWhatAShortFileHas) {
+  ASSERT_EQ(run("index music").status, 0);
+  const std::string late = run("recognize --start 4 --format json - < music/tune3.wav").output;
+  EXPECT_NEAR(nlohmann::json::parse(late).at("position").get<double>(), 4.0, 0.05) << late;
+  EXPECT_EQ(run("recognize --start 16 music/tune3.wav").status, 0);
+}
+
+TEST_F(Program, SaysWhenNothingIsRecognized) {
+  ASSERT_EQ(run("index music").status, 0);
+  writeRecording(path("other.dat"), makeTune(99, 5.0));
+  const Finished other = run("recognize --format json other.dat");
+  EXPECT_EQ(other.status, 1);
+  EXPECT_EQ(nlohmann::json::parse(other.output).at("recognized"), false);
+}
+
+TEST_F(Program, SkipsWhatIsUnchangedAndReplacesWhatHasChanged) {
+  EXPECT_NE(run("index music").output.find("3 tracks added"), std::string::npos);
+  const std::string again = run("index music/tune1.wav music music").output;
+  EXPECT_NE(again.find("0 tracks added"), std::string::npos) << again;
+  EXPECT_NE(again.find("3 unchanged"), std::string::npos) << again;
+
+  writeWav(path("music/tune2.wav"), makeTune(77, 20.0));
+  EXPECT_NE(run("index music").output.find("1 tracks added"), std::string::npos);
+  writeExcerpt("old.dat", 1, 7.5);
+  EXPECT_EQ(run("recognize old.dat").status, 1);
+  EXPECT_NE(run("recognize music/tune2.wav").output.find(": tune2 at 0:00"), std::string::npos);
+  EXPECT_NE(run("info").output.find("Video id's: 1,2,3\n"), std::string::npos);
+}
+
+TEST_F(Program, ExitStatusTellsWhatWentWrong) {
+  std::ofstream(path("text.sqlite")) << "this is no database, however long it may be";
+  const struct {
+    const char* arguments;
+    int status;
+    const char* says;
+  } cases[] = {
+      {"--help", 0, "lirvox index"},
+      {"", 2, "subcommand"},
+      {"recognize", 2, "FILE"},
+      {"recognize --seconds -3 music/tune1.wav", 2, "--seconds"},
+      {"recognize -d none.sqlite music/tune1.wav", 4, "none.sqlite"},
+      {"recognize -d text.sqlite music/tune1.wav", 4, "text.sqlite"},
+      {"info -d text.sqlite", 4, "text.sqlite"},
+      {"index -d text.sqlite music", 4, "text.sqlite"},
+      {"index -d new.sqlite music/cover.txt missing", 3, "missing: no such file"},
+      {"index -d full.sqlite --shifts 1 music", 0, "3 tracks added"},
+      {"index -d full.sqlite --shifts 4 music", 4, "full.sqlite"},
+      {"recognize -d full.sqlite music/tune1.wav music/cover.txt", 3, "music/cover.txt"},
+      {"fingerprint music/cover.txt", 3, "music/cover.txt"},
+  };
+  for (const auto& [arguments, status, says] : cases) {
+    const Finished result = run(arguments);
+    EXPECT_EQ(result.status, status) << arguments << '\n' << result.output;
+    EXPECT_NE(result.output.find(says), std::string::npos) << arguments << '\n' << result.output;
+  }
+  std::ifstream untouched(path("text.sqlite"));
+  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(untouched), {}).rfind("this is no", 0), 0U);
+}
+
+}  // namespace
+}  // namespace lirvox::test
