@@ -14,6 +14,8 @@
 #include "lib/platform/EqualFormatConverter.h"
 #include "lib/platform/Platform.h"
 #include "lib/platform/linux/AsioTaskQueues.h"
+#include "lib/platform/linux/CurlHttpSession.h"
+#include "lib/platform/linux/JsonUserDefaults.h"
 
 namespace lirvox::platform {
 namespace {
@@ -49,14 +51,20 @@ std::string xdgBase(const char* variable, const char* belowHome) {
 class XdgDirectories : public Directories {
  public:
   explicit XdgDirectories(const std::string& applicationName)
-      : caches_(environment("LIRVOX_CACHES_DIR")) {
+      : caches_(environment("LIRVOX_CACHES_DIR")),
+        configuration_(environment("LIRVOX_CONFIG_DIR")) {
     if (caches_.empty()) caches_ = xdgBase("XDG_CACHE_HOME", ".cache") + '/' + applicationName;
+    if (configuration_.empty()) {
+      configuration_ = xdgBase("XDG_CONFIG_HOME", ".config") + '/' + applicationName;
+    }
   }
 
   std::string cachesDirectory() const override { return caches_; }
+  std::string configurationDirectory() const override { return configuration_; }
 
  private:
   std::string caches_;
+  std::string configuration_;
 };
 
 std::unique_ptr<AudioConverter> makeConverter(const AudioStreamBasicDescription& inputFormat,
@@ -84,6 +92,13 @@ Platform systemPlatform(const std::string& applicationName) {
   platform.clock = std::make_shared<SystemClock>();
   platform.log = std::make_shared<StandardErrorLog>();
   platform.directories = std::make_shared<XdgDirectories>(name);
+  platform.userDefaults = std::make_shared<JsonUserDefaults>(
+      platform.directories->configurationDirectory() + "/defaults.json");
+  platform.makeHttpSession = [makeQueue = platform.makeSerialQueue,
+                              folder = platform.directories->cachesDirectory()](
+                                 const HttpSessionConfiguration& configuration) {
+    return std::make_shared<CurlHttpSession>(configuration, makeQueue("lirvox-http"), folder);
+  };
   platform.audioSession = std::make_shared<NullAudioSession>();
   platform.makeAudioConverter = makeConverter;
   return platform;
