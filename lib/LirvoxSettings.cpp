@@ -1,13 +1,20 @@
 // The recognizer's fixed numbers.
 #include "lib/LirvoxSettings.h"
 
+#include <cstdlib>
+
 #include "lib/platform/Platform.h"
 
-#ifndef LIRVOX_API_URL
-#define LIRVOX_API_URL "http://localhost"
-#endif
-
 namespace lirvox {
+namespace {
+
+// A setting of the build that the environment may replace, for tests and staging.
+std::string deploymentSetting(const char* name, const char* value) {
+  const char* const replacement = std::getenv(name);
+  return replacement && *replacement ? replacement : value;
+}
+
+}  // namespace
 
 std::int32_t LirvoxSettings::settingNFFT() {
   return 512;
@@ -34,7 +41,11 @@ std::int32_t LirvoxSettings::minimumBufferSizeForMiniSpectogram() {
   return 2560;
 }
 std::string LirvoxSettings::apiUrl() {
-  return LIRVOX_API_URL;
+  return deploymentSetting("LIRVOX_API_URL", LIRVOX_API_URL);
+}
+
+std::string LirvoxSettings::serviceHostFolder() {
+  return deploymentSetting("LIRVOX_SERVICE_HOST_FOLDER", LIRVOX_SERVICE_HOST_FOLDER);
 }
 
 std::string LirvoxSettings::databasePath() {

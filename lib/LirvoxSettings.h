@@ -35,8 +35,11 @@ class LIRVOX_EXPORT LirvoxSettings {
   /// Samples of one block, the unit in which a capture is analysed.
   static std::int32_t minimumBufferSizeForMiniSpectogram();
   /// Base URL of the recognition service, without a trailing slash. A setting of
-  /// the build (`LIRVOX_API_URL`).
+  /// the build (`LIRVOX_API_URL`); an environment variable of that name replaces it.
   static std::string apiUrl();
+  /// The folder in the service's archives that has the name of its host, one path
+  /// component. Set as `LIRVOX_SERVICE_HOST_FOLDER`, like `apiUrl`.
+  static std::string serviceHostFolder();
   /// Path of the fingerprint database: "lirvox/db1.sqlite" in the caches
   /// directory. Neither the folder nor the file need exist.
   static std::string databasePath();

@@ -20,6 +20,8 @@ class InstalledDatabase : public platform::Directories {
   InstalledDatabase& operator=(const InstalledDatabase&) = delete;
 
   std::string cachesDirectory() const override { return caches_; }
+  std::string configurationDirectory() const override { return caches_; }
+  std::string resourcesDirectory() const override { return caches_; }
 
  private:
   std::string caches_;

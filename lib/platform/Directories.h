@@ -16,6 +16,12 @@ class LIRVOX_EXPORT Directories {
   /// Files that survive restarts but can be fetched again. It must be the
   /// application's own folder: an update removes a folder "home" in it.
   virtual std::string cachesDirectory() const = 0;
+
+  /// Small files that hold the application's settings.
+  virtual std::string configurationDirectory() const = 0;
+
+  /// Files that come with the application and never change.
+  virtual std::string resourcesDirectory() const = 0;
 };
 
 }  // namespace lirvox::platform

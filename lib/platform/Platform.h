@@ -13,8 +13,10 @@
 #include "AudioUnit.h"
 #include "Clock.h"
 #include "Directories.h"
+#include "HttpSession.h"
 #include "Log.h"
 #include "TaskQueue.h"
+#include "UserDefaults.h"
 
 namespace lirvox::platform {
 
@@ -32,6 +34,9 @@ struct Platform {
   std::shared_ptr<Clock> clock;
   std::shared_ptr<Log> log;
   std::shared_ptr<Directories> directories;
+  std::shared_ptr<UserDefaults> userDefaults;
+  /// A new session for HTTP requests.
+  std::function<std::shared_ptr<HttpSession>(const HttpSessionConfiguration&)> makeHttpSession;
 
   std::shared_ptr<AudioSession> audioSession;
   /// A new unit that captures; null when it cannot be had, with the reason in

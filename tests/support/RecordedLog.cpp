@@ -2,6 +2,9 @@
 #include "tests/support/RecordedLog.h"
 
 #include <algorithm>
+#include <utility>
+
+#include "lib/platform/Platform.h"
 
 namespace lirvox::test {
 
@@ -19,6 +22,14 @@ bool RecordedLog::has(std::string_view text) const {
   const auto all = lines();
   return std::any_of(all.begin(), all.end(),
                      [&](const std::string& line) { return line.find(text) != std::string::npos; });
+}
+
+std::shared_ptr<RecordedLog> recordLog() {
+  auto log = std::make_shared<RecordedLog>();
+  platform::Platform platform = *platform::current();
+  platform.log = log;
+  platform::install(std::move(platform));
+  return log;
 }
 
 }  // namespace lirvox::test

@@ -1,6 +1,7 @@
 // A log that tests can read.
 #pragma once
 
+#include <memory>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -24,5 +25,8 @@ class RecordedLog : public platform::Log {
   mutable std::mutex mutex_;
   std::vector<std::string> lines_;  // guarded by mutex_
 };
+
+/// Makes a new log the installed platform's.
+std::shared_ptr<RecordedLog> recordLog();
 
 }  // namespace lirvox::test

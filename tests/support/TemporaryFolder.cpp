@@ -34,4 +34,19 @@ void writeFile(const std::filesystem::path& path, const std::string& content) {
   std::ofstream(path, std::ios::binary) << content;
 }
 
+std::map<std::string, std::string> contents(const std::filesystem::path& folder) {
+  std::map<std::string, std::string> all;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+    const std::string name = entry.path().lexically_relative(folder);
+    if (entry.is_symlink()) {
+      all[name + "@"] = std::filesystem::read_symlink(entry.path());
+    } else if (entry.is_directory()) {
+      all[name + "/"] = "";
+    } else {
+      all[name] = readFile(entry.path());
+    }
+  }
+  return all;
+}
+
 }  // namespace lirvox::test

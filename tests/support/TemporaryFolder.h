@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <string>
 
 namespace lirvox::test {
@@ -25,5 +26,8 @@ class TemporaryFolder {
 std::string readFile(const std::filesystem::path& path);
 /// Writes a file, and the folders above it.
 void writeFile(const std::filesystem::path& path, const std::string& content);
+
+/// Everything below a folder: relative name to content; folders end in "/", links in "@".
+std::map<std::string, std::string> contents(const std::filesystem::path& folder);
 
 }  // namespace lirvox::test

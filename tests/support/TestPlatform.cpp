@@ -7,13 +7,16 @@
 namespace lirvox::test {
 namespace {
 
+// Folders below the test's own.
 class FixedDirectories : public platform::Directories {
  public:
-  explicit FixedDirectories(std::string caches) : caches_(std::move(caches)) {}
-  std::string cachesDirectory() const override { return caches_; }
+  explicit FixedDirectories(const TemporaryFolder& folder) : folder_(folder.path()) {}
+  std::string cachesDirectory() const override { return folder_ / "caches"; }
+  std::string configurationDirectory() const override { return folder_ / "configuration"; }
+  std::string resourcesDirectory() const override { return folder_ / "resources"; }
 
  private:
-  const std::string caches_;
+  const std::filesystem::path folder_;
 };
 
 }  // namespace
@@ -24,7 +27,7 @@ TestPlatform::TestPlatform() : previous_(platform::current()) {
   services.makeSerialQueue = [queue = scheduler.queue()](const std::string&) { return queue; };
   services.clock = scheduler.clock();
   services.log = log;
-  services.directories = std::make_shared<FixedDirectories>(folder.path("caches"));
+  services.directories = std::make_shared<FixedDirectories>(folder);
   platform::install(std::move(services));
 }
 

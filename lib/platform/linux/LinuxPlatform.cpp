@@ -1,19 +1,20 @@
 // The Linux services, chosen here and nowhere else.
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <iostream>
 #include <mutex>
 #include <syncstream>
 #include <thread>
 #include <utility>
 
-#include <pwd.h>
 #include <unistd.h>
 
 #include "lib/platform/EqualFormatConverter.h"
 #include "lib/platform/Platform.h"
 #include "lib/platform/linux/AsioTaskQueues.h"
+#include "lib/platform/linux/CurlHttpSession.h"
+#include "lib/platform/linux/JsonUserDefaults.h"
+#include "lib/platform/linux/XdgDirectories.h"
 
 namespace lirvox::platform {
 namespace {
@@ -26,37 +27,6 @@ class SystemClock : public Clock {
 class StandardErrorLog : public Log {
  public:
   void write(std::string_view line) override { std::osyncstream(std::cerr) << line << '\n'; }
-};
-
-// An environment variable that is set and not empty, else an empty string.
-std::string environment(const char* name) {
-  const char* const value = std::getenv(name);
-  return value ? value : "";
-}
-
-// A base folder as XDG defines them: relative settings are ignored.
-std::string xdgBase(const char* variable, const char* belowHome) {
-  std::string base = environment(variable);
-  if (!base.empty() && base.front() == '/') return base;
-  std::string home = environment("HOME");
-  if (home.empty()) {
-    const passwd* const user = ::getpwuid(::getuid());
-    home = user ? user->pw_dir : "/tmp";
-  }
-  return home + '/' + belowHome;
-}
-
-class XdgDirectories : public Directories {
- public:
-  explicit XdgDirectories(const std::string& applicationName)
-      : caches_(environment("LIRVOX_CACHES_DIR")) {
-    if (caches_.empty()) caches_ = xdgBase("XDG_CACHE_HOME", ".cache") + '/' + applicationName;
-  }
-
-  std::string cachesDirectory() const override { return caches_; }
-
- private:
-  std::string caches_;
 };
 
 std::unique_ptr<AudioConverter> makeConverter(const AudioStreamBasicDescription& inputFormat,
@@ -84,6 +54,13 @@ Platform systemPlatform(const std::string& applicationName) {
   platform.clock = std::make_shared<SystemClock>();
   platform.log = std::make_shared<StandardErrorLog>();
   platform.directories = std::make_shared<XdgDirectories>(name);
+  platform.userDefaults = std::make_shared<JsonUserDefaults>(
+      platform.directories->configurationDirectory() + "/defaults.json");
+  platform.makeHttpSession = [makeQueue = platform.makeSerialQueue,
+                              folder = platform.directories->cachesDirectory()](
+                                 const HttpSessionConfiguration& configuration) {
+    return std::make_shared<CurlHttpSession>(configuration, makeQueue("lirvox-http"), folder);
+  };
   platform.audioSession = std::make_shared<NullAudioSession>();
   platform.makeAudioConverter = makeConverter;
   return platform;

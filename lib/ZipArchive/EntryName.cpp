@@ -1,0 +1,48 @@
+// Names of archive entries, which come from outside and are not trusted.
+#include "lib/ZipArchive/EntryName.h"
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <sstream>
+
+namespace lirvox {
+namespace {
+
+// Far above any real archive, and shallow enough for whatever removes a tree.
+constexpr std::size_t kLongestName = 1024;
+constexpr std::size_t kDeepestName = 32;
+constexpr std::size_t kLongestLogged = 200;
+
+}  // namespace
+
+std::optional<EntryPath> entryPath(const std::string& name) {
+  if (name.empty() || name.size() > kLongestName || name.front() == '/') return std::nullopt;
+  if (name.find('\\') != std::string::npos || name.find('\0') != std::string::npos) {
+    return std::nullopt;
+  }
+  EntryPath path;
+  std::istringstream rest(name);
+  for (std::string component; std::getline(rest, component, '/');) {
+    if (component == "..") return std::nullopt;
+    if (!component.empty() && component != ".") path.push_back(component);
+  }
+  if (path.size() > kDeepestName) return std::nullopt;
+  return path;
+}
+
+bool isArchiveName(const std::string& lastComponent) {
+  std::string extension = std::filesystem::path(lastComponent).extension();
+  std::transform(extension.begin(), extension.end(), extension.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return extension == ".zip";
+}
+
+std::string printable(const std::string& name) {
+  std::string text = name.substr(0, kLongestLogged);
+  std::replace_if(
+      text.begin(), text.end(), [](unsigned char c) { return c < 0x20 || c == 0x7f; }, '?');
+  return name.size() > kLongestLogged ? text + "..." : text;
+}
+
+}  // namespace lirvox

@@ -1,0 +1,115 @@
+// The thread that moves the transfers of one session forward.
+#include "lib/platform/linux/CurlLoop.h"
+
+#include <utility>
+
+#include <curl/curl.h>
+#include <pthread.h>
+#include <signal.h>
+
+#include "lib/platform/linux/CurlTransfer.h"
+
+namespace lirvox::platform {
+namespace {
+
+// Time-outs are noticed this late at most.
+constexpr int kTickInMilliseconds = 100;
+constexpr int kIdleInMilliseconds = 60'000;
+
+CURLM* makeMulti() {
+  static std::once_flag initialized;
+  std::call_once(initialized, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
+  return curl_multi_init();
+}
+
+// Signals belong to the host: threads inherit a mask that blocks them all.
+template <typename Function>
+std::thread startWithoutSignals(Function function) {
+  sigset_t all;
+  sigset_t previous;
+  sigfillset(&all);
+  pthread_sigmask(SIG_SETMASK, &all, &previous);
+  std::thread thread(std::move(function));
+  pthread_setname_np(thread.native_handle(), "lirvox-http");
+  pthread_sigmask(SIG_SETMASK, &previous, nullptr);
+  return thread;
+}
+
+}  // namespace
+
+CurlLoop::CurlLoop(int maximumConnectionsPerHost) : multi_(makeMulti()) {
+  curl_multi_setopt(multi_, CURLMOPT_MAX_HOST_CONNECTIONS,
+                    static_cast<long>(maximumConnectionsPerHost));
+}
+
+CurlLoop::~CurlLoop() {
+  curl_multi_cleanup(multi_);
+}
+
+void CurlLoop::add(const std::shared_ptr<CurlLoop>& loop, std::unique_ptr<CurlTransfer> transfer) {
+  const std::lock_guard lock(loop->mutex_);
+  loop->added_.push_back(std::move(transfer));
+  if (!loop->thread_.joinable()) loop->thread_ = startWithoutSignals([loop] { loop->run(); });
+  curl_multi_wakeup(loop->multi_);
+}
+
+void CurlLoop::stop() {
+  stopping_.store(true);
+  curl_multi_wakeup(multi_);
+  std::thread thread;
+  {
+    const std::lock_guard lock(mutex_);
+    thread.swap(thread_);
+  }
+  if (!thread.joinable()) return;
+  // What a dropped transfer held may have been the session's last owner; the thread
+  // then ends by itself, and keeps this object until it does.
+  if (thread.get_id() == std::this_thread::get_id()) {
+    thread.detach();
+  } else {
+    thread.join();
+  }
+}
+
+void CurlLoop::run() {
+  while (!stopping_.load()) {
+    takeAdded();
+    int running = 0;
+    curl_multi_perform(multi_, &running);
+    finishDone();
+    const int wait = running_.empty() ? kIdleInMilliseconds : kTickInMilliseconds;
+    curl_multi_poll(multi_, nullptr, 0, wait, nullptr);
+  }
+  for (auto& [handle, transfer] : running_) curl_multi_remove_handle(multi_, handle);
+  running_.clear();
+  decltype(added_) dropped;
+  const std::lock_guard lock(mutex_);
+  dropped.swap(added_);
+}
+
+void CurlLoop::takeAdded() {
+  decltype(added_) added;
+  {
+    const std::lock_guard lock(mutex_);
+    added.swap(added_);
+  }
+  for (auto& transfer : added) {
+    void* const handle = transfer->handle();
+    curl_multi_add_handle(multi_, handle);
+    running_.emplace(handle, std::move(transfer));
+  }
+}
+
+void CurlLoop::finishDone() {
+  int left = 0;
+  while (const CURLMsg* const message = curl_multi_info_read(multi_, &left)) {
+    if (message->msg != CURLMSG_DONE) continue;
+    CURL* const handle = message->easy_handle;
+    const CURLcode result = message->data.result;
+    curl_multi_remove_handle(multi_, handle);
+    const auto transfer = running_.extract(handle);
+    transfer.mapped()->finish(result);
+  }
+}
+
+}  // namespace lirvox::platform

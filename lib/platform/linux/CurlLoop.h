@@ -1,0 +1,44 @@
+// The thread that moves the transfers of one session forward.
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <unordered_map>
+#include <vector>
+
+namespace lirvox::platform {
+
+class CurlTransfer;
+
+/// Owns the transfers from their start to their end. Callable from any thread.
+class CurlLoop {
+ public:
+  explicit CurlLoop(int maximumConnectionsPerHost);
+  ~CurlLoop();
+
+  CurlLoop(const CurlLoop&) = delete;
+  CurlLoop& operator=(const CurlLoop&) = delete;
+
+  /// Hands a transfer over; the first one starts the thread.
+  static void add(const std::shared_ptr<CurlLoop>& loop, std::unique_ptr<CurlTransfer> transfer);
+
+  /// Drops all transfers and ends the thread.
+  void stop();
+
+ private:
+  void run();
+  void takeAdded();
+  void finishDone();
+
+  void* const multi_;
+  std::atomic<bool> stopping_{false};
+  std::mutex mutex_;
+  std::vector<std::unique_ptr<CurlTransfer>> added_;  // guarded by mutex_
+  std::thread thread_;                                // guarded by mutex_
+  // The loop's thread only.
+  std::unordered_map<void*, std::unique_ptr<CurlTransfer>> running_;
+};
+
+}  // namespace lirvox::platform

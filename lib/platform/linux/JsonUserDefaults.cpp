@@ -1,0 +1,66 @@
+// User defaults in a JSON file.
+#include "lib/platform/linux/JsonUserDefaults.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include <nlohmann/json.hpp>
+
+#include "lib/platform/Platform.h"
+#include "lib/platform/TemporaryFile.h"
+
+namespace lirvox::platform {
+namespace {
+
+using Json = nlohmann::json;
+
+// A missing file is an empty object; what is no JSON object is set aside.
+Json readObject(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) return Json::object();
+  constexpr bool kThrows = false;
+  Json object = Json::parse(std::istreambuf_iterator<char>(file), {}, nullptr, kThrows);
+  if (object.is_object()) return object;
+  const std::string aside = path + ".damaged";
+  std::error_code ignored;
+  std::filesystem::rename(path, aside, ignored);
+  log("User defaults are damaged and were moved to " + aside);
+  return Json::object();
+}
+
+}  // namespace
+
+std::optional<std::string> JsonUserDefaults::stringForKey(const std::string& key) const {
+  const std::lock_guard lock(mutex_);
+  if (const auto unsaved = unsaved_.find(key); unsaved != unsaved_.end()) return unsaved->second;
+  const Json object = readObject(path_);
+  const auto value = object.find(key);
+  if (value == object.end() || !value->is_string()) return std::nullopt;
+  return value->get<std::string>();
+}
+
+void JsonUserDefaults::setString(const std::string& value, const std::string& key) {
+  const std::lock_guard lock(mutex_);
+  unsaved_[key] = value;
+}
+
+bool JsonUserDefaults::synchronize() {
+  const std::lock_guard lock(mutex_);
+  if (unsaved_.empty()) return true;
+  Json object = readObject(path_);
+  for (const auto& [key, value] : unsaved_) object[key] = value;
+  // Bytes that are no UTF-8 are replaced: a stamp that comes back changed only means
+  // another download, a file that cannot be written would mean one every time.
+  constexpr auto kBadBytes = Json::error_handler_t::replace;
+  std::error_code error;
+  const std::filesystem::path folder = std::filesystem::path(path_).parent_path();
+  std::filesystem::create_directories(folder, error);
+  removeAbandonedFiles(folder);
+  error = writeWholeFile(path_, object.dump(2, ' ', false, kBadBytes) + '\n');
+  if (error) log("User defaults could not be stored in " + path_ + ": " + error.message());
+  if (!error) unsaved_.clear();
+  return !error;
+}
+
+}  // namespace lirvox::platform
