@@ -16,10 +16,22 @@ namespace {
 constexpr std::size_t kMinimumBatch = std::size_t{1} << 22;
 constexpr std::size_t kMaximumBatch = std::size_t{1} << 24;
 
-void checkShifts(const std::string& path, Shifts existing, std::optional<Shifts> wanted) {
-  if (!wanted || *wanted == existing) return;
-  throw CatalogError(path + ": holds " + std::to_string(static_cast<int>(existing)) +
-                     " shifts a track, and cannot be continued with another number");
+// A note of the catalogue, or of a new one what is wanted. Another wish is refused.
+template <typename Number>
+Number settle(CatalogFile& file, const std::string& path, const std::string& name,
+              std::optional<Number> wanted, Number otherwise) {
+  const auto known = file.note(name);
+  if (!known) {
+    const Number chosen = wanted.value_or(otherwise);
+    file.setNote(name, static_cast<double>(chosen));
+    return chosen;
+  }
+  const auto existing = static_cast<Number>(*known);
+  if (wanted && *wanted != existing) {
+    throw CatalogError(path + ": its " + name + " is " + std::to_string(existing) +
+                       ", which is fixed for the tracks of one database");
+  }
+  return existing;
 }
 
 }  // namespace
@@ -27,15 +39,12 @@ void checkShifts(const std::string& path, Shifts existing, std::optional<Shifts>
 Catalog::Catalog(const std::string& path, const CatalogOptions& options)
     : path_(path), file_(std::make_unique<CatalogFile>(path)) {
   naming(path_, [&] {
-    if (const auto known = file_->note("shifts")) {
-      shifts_ = static_cast<Shifts>(static_cast<int>(*known));
-      checkShifts(path_, shifts_, options.shifts);
-    } else {
-      shifts_ = options.shifts.value_or(shifts_);
-      file_->setNote("shifts", static_cast<int>(shifts_));
-    }
-    rule_.share = file_->note("common_share").value_or(rule_.share);
-    if (options.rule) rule_ = *options.rule;
+    rowRule_.alignments =
+        settle(*file_, path_, "alignments", options.alignments, rowRule_.alignments);
+    rowRule_.rowsPerHour =
+        settle(*file_, path_, "rows per hour", options.rowsPerHour, rowRule_.rowsPerHour);
+    commonHashRule_.timesMean = options.commonHashes.value_or(
+        file_->note("common hashes").value_or(commonHashRule_.timesMean));
   });
 }
 
@@ -60,18 +69,17 @@ void Catalog::add(NewTrack track) {
 std::size_t Catalog::rowsInFile() {
   return naming(path_, [&] {
     return static_cast<std::size_t>(file_->note("rows").value_or(0) +
-                                    file_->note("held_rows").value_or(0));
+                                    file_->note("held rows").value_or(0));
   });
 }
 
 void Catalog::commit() {
   // Ids do not depend on which file happened to be read first.
-  std::sort(pending_.begin(), pending_.end(), [](const NewTrack& a, const NewTrack& b) {
-    return a.info.path < b.info.path;
-  });
+  std::sort(pending_.begin(), pending_.end(),
+            [](const NewTrack& a, const NewTrack& b) { return a.info.path < b.info.path; });
   naming(path_, [&] {
-    file_->setNote("common_share", rule_.share);
-    CatalogCommit(*file_, rule_).run(pending_);
+    file_->setNote("common hashes", commonHashRule_.timesMean);
+    CatalogCommit(*file_, commonHashRule_).run(pending_);
     file_->publish();
   });
   pending_.clear();

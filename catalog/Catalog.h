@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "catalog/HashCounts.h"
-#include "catalog/TrackFingerprinter.h"
+#include "catalog/RowSelection.h"
 #include "lib/Landmark.h"
 
 namespace lirvox::catalog {
@@ -38,11 +38,15 @@ struct NewTrack {
   std::vector<QueryHash> rows;
 };
 
-/// How a catalogue is kept.
+/// How a catalogue is kept. What is not given is as the catalogue has it, or the default
+/// in a new one.
 struct CatalogOptions {
-  /// Of a new catalogue; one that exists keeps its own, and refuses another.
-  std::optional<Shifts> shifts;
-  std::optional<CommonHashRule> rule;
+  /// Fixed when a catalogue begins: tracks with other rows would be found more or less
+  /// easily than the rest.
+  std::optional<int> alignments;
+  std::optional<std::int32_t> rowsPerHour;
+  /// May change with every commit.
+  std::optional<double> commonHashes;
 };
 
 /// One SQLite file. Table `db` holds the rows that the recognizer looks up, clustered
@@ -63,7 +67,8 @@ class Catalog {
   Catalog(const Catalog&) = delete;
   Catalog& operator=(const Catalog&) = delete;
 
-  Shifts shifts() const { return shifts_; }
+  /// How the rows of its tracks are chosen.
+  const RowRule& rowRule() const { return rowRule_; }
 
   /// Whether the file at `path` was indexed and has not changed since.
   bool contains(const std::string& path, const FileStamp& stamp);
@@ -80,8 +85,8 @@ class Catalog {
 
   const std::string path_;
   const std::unique_ptr<CatalogFile> file_;
-  Shifts shifts_ = Shifts::two;
-  CommonHashRule rule_;
+  RowRule rowRule_;
+  CommonHashRule commonHashRule_;
   std::vector<NewTrack> pending_;
   std::size_t pendingRows_ = 0;
 };

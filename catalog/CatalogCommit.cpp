@@ -9,7 +9,7 @@
 namespace lirvox::catalog {
 namespace {
 
-constexpr const char* kLimitNote = "common_hash_limit";
+constexpr const char* kLimitNote = "common hash limit";
 
 }  // namespace
 
@@ -151,7 +151,7 @@ void CatalogCommit::writeNotes() {
   file_.setHashCounts(counts_);
   file_.setNote(kLimitNote, limit_);
   file_.setNote("rows", rows);
-  file_.setNote("held_rows", heldRows);
+  file_.setNote("held rows", heldRows);
 }
 
 }  // namespace lirvox::catalog

@@ -2,9 +2,8 @@
 #include "catalog/HashCounts.h"
 
 #include <algorithm>
-#include <functional>
-#include <iterator>
 #include <limits>
+#include <numeric>
 #include <stdexcept>
 
 namespace lirvox::catalog {
@@ -56,14 +55,13 @@ HashCounts unpack(std::string_view packed) {
 }
 
 std::uint32_t commonHashLimit(const HashCounts& counts, const CommonHashRule& rule) {
-  HashCounts occurring;
-  std::copy_if(counts.begin(), counts.end(), std::back_inserter(occurring),
-               [](std::uint32_t count) { return count > 0; });
-  const auto common = static_cast<std::size_t>(rule.share * static_cast<double>(occurring.size()));
-  if (common == 0) return std::numeric_limits<std::uint32_t>::max();
-  const auto last = occurring.begin() + static_cast<std::ptrdiff_t>(common);
-  std::nth_element(occurring.begin(), last, occurring.end(), std::greater<>());
-  return *last;
+  constexpr auto kNone = std::numeric_limits<std::uint32_t>::max();
+  const auto occurring =
+      counts.size() - static_cast<std::size_t>(std::count(counts.begin(), counts.end(), 0U));
+  if (occurring == 0 || rule.timesMean <= 0.0) return kNone;
+  const double rows = std::accumulate(counts.begin(), counts.end(), 0.0);
+  const double limit = rule.timesMean * rows / static_cast<double>(occurring);
+  return std::max(rule.floor, static_cast<std::uint32_t>(std::min<double>(limit, kNone)));
 }
 
 }  // namespace lirvox::catalog

@@ -21,10 +21,13 @@ std::string pack(const HashCounts& counts);
 /// damaged.
 HashCounts unpack(std::string_view packed);
 
-/// The share of hash values, most frequent first, whose rows are left out. A few values
-/// occur nearly everywhere: they make most of the matches and tell nothing.
+/// Which hashes are common: those with more rows than a multiple of the mean of the hashes
+/// that occur, and never those with fewer than `floor`, so that a small catalogue loses
+/// nothing. A few values occur nearly everywhere: they make most of the matches and tell
+/// nothing.
 struct CommonHashRule {
-  double share = 0.01;
+  double timesMean = 20.0;  ///< 0: none is common
+  std::uint32_t floor = 100;
 };
 
 /// The largest number of rows that a hash may have before it counts as common.

@@ -2,75 +2,77 @@
 #include "catalog/TrackFingerprinter.h"
 
 #include <algorithm>
+#include <cmath>
+#include <utility>
 
 #include "lib/LirvoxMiniSpectogram.h"
-#include "lib/LirvoxRecognize.h"
 #include "lib/LirvoxSettings.h"
+#include "lib/LirvoxUtilities.h"
+#include "lib/PeakPicking.h"
 #include "lib/ProcessingPass.h"
+#include "lib/Spectrogram.h"
 
 namespace lirvox::catalog {
 namespace {
 
-// Frames are computed in lots of this many samples at least.
-constexpr std::size_t kLotInSamples = 16384;
+std::vector<Peak> withoutStrengths(const std::vector<PickedPeak>& picked) {
+  std::vector<Peak> peaks;
+  peaks.reserve(picked.size());
+  for (const PickedPeak& peak : picked) peaks.push_back(peak.peak);
+  return peaks;
+}
+
+// The strength of the peak at (frame, bin), which is one of `picked`.
+double strengthAt(const std::vector<PickedPeak>& picked, std::int32_t frame, std::int32_t bin) {
+  return std::lower_bound(picked.begin(), picked.end(), Peak{frame, bin},
+                          [](const PickedPeak& a, const Peak& b) {
+                            return a.peak.frame != b.frame ? a.peak.frame < b.frame
+                                                           : a.peak.bin < b.bin;
+                          })
+      ->strength;
+}
 
 }  // namespace
 
-TrackFingerprinter::TrackFingerprinter(Shifts shifts) {
-  const int count = static_cast<int>(shifts);
-  const std::int32_t step = LirvoxSettings::settingNHop() / count;
-  for (std::int32_t i = 0; i < count; ++i) grids_.push_back({i * step, Spectrogram()});
-}
-
 void TrackFingerprinter::add(const std::int32_t* words, std::size_t count) {
-  while (count > 0) {
-    const std::size_t room = kLotInSamples - std::min(kLotInSamples - 1, samples_.size());
-    const std::size_t part = std::min(count, room);
-    const std::size_t old = samples_.size();
-    samples_.resize(old + part);
-    convertSamples(words, part, samples_.data() + old);
-    words += part;
-    count -= part;
-    if (samples_.size() >= kLotInSamples) analyse();
-  }
+  const std::size_t old = samples_.size();
+  samples_.resize(old + count);
+  convertSamples(words, count, samples_.data() + old);
 }
 
-// Appends the frames that are complete and forgets the samples that no frame needs any more.
-void TrackFingerprinter::analyse() {
-  const auto hop = static_cast<std::uint64_t>(LirvoxSettings::settingNHop());
-  const auto size = static_cast<std::uint64_t>(LirvoxSettings::settingNFFT());
-  const std::uint64_t end = begin_ + samples_.size();
-  std::uint64_t needed = end;
+// Adds what one alignment of the frame grid shows, the one that starts at `offset`.
+void TrackFingerprinter::look(std::size_t offset, std::vector<Sighting>& sightings) {
+  const auto size = static_cast<std::size_t>(LirvoxSettings::settingNFFT());
+  const auto hop = static_cast<std::size_t>(LirvoxSettings::settingNHop());
+  if (samples_.size() < offset + size) return;
+  const std::size_t frames = (samples_.size() - offset - size) / hop + 1;
+  Spectrogram specgram;
   DoubleSplitComplex ignored;
-  for (auto& [shift, specgram] : grids_) {
-    const std::uint64_t first =
-        static_cast<std::uint64_t>(shift) + hop * static_cast<std::uint64_t>(specgram.frameCount());
-    const std::uint64_t complete = end < first + size ? 0 : (end - first - size) / hop + 1;
-    if (complete > 0) {
-      appendPowerFrames(samples_.data() + (first - begin_), 0, static_cast<std::int32_t>(complete),
-                        fft_, specgram, ignored);
-    }
-    needed = std::min(needed, first + hop * complete);
+  appendPowerFrames(samples_.data() + offset, 0, static_cast<std::int32_t>(frames), fft_, specgram,
+                    ignored);
+  const std::vector<PickedPeak> picked = findPeaksWithStrength(std::move(specgram));
+  const std::vector<Peak> peaks = withoutStrengths(picked);
+  const std::vector<Landmark> landmarks =
+      LirvoxUtilities::peaks2landmarks(peaks.data(), static_cast<std::int32_t>(peaks.size()));
+  const std::vector<QueryHash> hashes = LirvoxUtilities::landmarks2hashes(landmarks);
+  for (std::size_t i = 0; i < landmarks.size(); ++i) {
+    const auto& [t1, f1, f2, dt] = landmarks[i];
+    sightings.push_back(
+        {hashes[i], std::min(strengthAt(picked, t1, f1), strengthAt(picked, t1 + dt, f2))});
   }
-  samples_.erase(samples_.begin(), samples_.begin() + static_cast<std::ptrdiff_t>(needed - begin_));
-  begin_ = needed;
 }
 
 std::vector<QueryHash> TrackFingerprinter::finish() {
-  analyse();
-  std::vector<QueryHash> rows;
-  for (auto& [shift, specgram] : grids_) {
-    const std::vector<QueryHash> hashes = LirvoxRecognize::hashesOf(specgram);
-    rows.insert(rows.end(), hashes.begin(), hashes.end());
-    specgram.clear();
-  }
-  std::sort(rows.begin(), rows.end(), [](const QueryHash& a, const QueryHash& b) {
-    return a.hash != b.hash ? a.hash < b.hash : a.time < b.time;
-  });
-  rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
+  std::vector<Sighting> sightings;
+  const auto alignments = static_cast<std::size_t>(rule_.alignments);
+  const auto hop = static_cast<std::size_t>(LirvoxSettings::settingNHop());
+  for (std::size_t i = 0; i < alignments; ++i) look(i * hop / alignments, sightings);
+  const double hours =
+      static_cast<double>(samples_.size()) / LirvoxSettings::settingSampleRate() / 3600.0;
   samples_.clear();
-  begin_ = 0;
-  return rows;
+  if (rule_.rowsPerHour == 0) return allRows(std::move(sightings));
+  return bestRows(std::move(sightings),
+                  static_cast<std::size_t>(std::ceil(hours * rule_.rowsPerHour)));
 }
 
 }  // namespace lirvox::catalog

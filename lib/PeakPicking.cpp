@@ -135,23 +135,36 @@ void highPass(Spectrogram& specgram) {
           kBins);
 }
 
-std::vector<Peak> pickPeaks(const Spectrogram& filtered) {
-  std::vector<Peak> peaks;
+std::vector<PickedPeak> pickPeaksWithStrength(const Spectrogram& filtered) {
+  std::vector<PickedPeak> peaks;
   Threshold threshold = initialThreshold(filtered);
   for (std::int32_t t = 0; t < filtered.frameCount(); ++t) {
+    const auto firstOfFrame = static_cast<std::ptrdiff_t>(peaks.size());
     // The list is fixed before the first of its peaks lifts the threshold: a later one
     // is not tested again.
     const std::vector<Candidate> accepted = strongestAbove(threshold, filtered.frame(t));
-    const auto firstOfFrame = static_cast<std::ptrdiff_t>(peaks.size());
     for (const Candidate& peak : accepted) {
-      threshold.lift(peak);
-      peaks.push_back({t, static_cast<std::int32_t>(peak.bin)});
+      peaks.push_back({{t, static_cast<std::int32_t>(peak.bin)}, peak.value - threshold[peak.bin]});
     }
+    for (const Candidate& peak : accepted) threshold.lift(peak);
     std::sort(peaks.begin() + firstOfFrame, peaks.end(),
-              [](const Peak& a, const Peak& b) { return a.bin < b.bin; });
+              [](const PickedPeak& a, const PickedPeak& b) { return a.peak.bin < b.peak.bin; });
     threshold.decay();
   }
   return peaks;
+}
+
+std::vector<Peak> pickPeaks(const Spectrogram& filtered) {
+  std::vector<Peak> peaks;
+  for (const PickedPeak& picked : pickPeaksWithStrength(filtered)) peaks.push_back(picked.peak);
+  return peaks;
+}
+
+std::vector<PickedPeak> findPeaksWithStrength(Spectrogram&& power) {
+  scaleToDensity(power);
+  takeLogarithm(power);
+  highPass(power);
+  return pickPeaksWithStrength(power);
 }
 
 std::vector<Peak> findPeaks(Spectrogram& power) {

@@ -29,6 +29,18 @@ LIRVOX_EXPORT void highPass(Spectrogram& specgram);
 /// landmark-based audio fingerprinting", 2009).
 LIRVOX_EXPORT std::vector<Peak> pickPeaks(const Spectrogram& filtered);
 
+/// A peak and how far it stood above the threshold when it was accepted.
+struct PickedPeak {
+  Peak peak;
+  double strength;
+};
+
+/// `pickPeaks`, with strengths.
+LIRVOX_EXPORT std::vector<PickedPeak> pickPeaksWithStrength(const Spectrogram& filtered);
+
+/// All stages in a row, in the memory of `power`, whose values are lost.
+LIRVOX_EXPORT std::vector<PickedPeak> findPeaksWithStrength(Spectrogram&& power);
+
 /// All stages in a row. Scales `power` to a density, as `scaleToDensity` does, and
 /// leaves it otherwise as it is.
 LIRVOX_EXPORT std::vector<Peak> findPeaks(Spectrogram& power);

@@ -24,8 +24,7 @@ namespace {
 struct Options {
   std::string database;
   unsigned jobs = std::max(1U, std::thread::hardware_concurrency());
-  int shifts = 0;
-  double commonShare = -1.0;
+  catalog::CatalogOptions catalog;
   std::vector<std::string> paths;
 };
 
@@ -38,13 +37,6 @@ struct Tally {
 
 void interruptReading(int) {
   TrackReader::interrupted = true;
-}
-
-catalog::CatalogOptions catalogOptions(const Options& options) {
-  catalog::CatalogOptions chosen;
-  if (options.shifts != 0) chosen.shifts = static_cast<catalog::Shifts>(options.shifts);
-  if (options.commonShare >= 0.0) chosen.rule = catalog::CommonHashRule{options.commonShare};
-  return chosen;
 }
 
 void removeUnchanged(std::vector<ListedFile>& files, catalog::Catalog& catalog, Tally& tally) {
@@ -82,7 +74,7 @@ void report(const Tally& tally, const Progress& progress, const std::string& dat
 int index(const Options& options) {
   Tally tally;
   std::vector<ListedFile> files = listFiles(options.paths, tally.failed);
-  catalog::Catalog catalog(options.database, catalogOptions(options));
+  catalog::Catalog catalog(options.database, options.catalog);
   removeUnchanged(files, catalog, tally);
   std::uint64_t bytes = 0;
   for (const ListedFile& file : files) bytes += static_cast<std::uint64_t>(file.stamp.size);
@@ -91,7 +83,7 @@ int index(const Options& options) {
   std::signal(SIGTERM, interruptReading);
   Progress progress(files.size(), bytes);
   {
-    TrackReader reader(files, catalog.shifts(), options.jobs);
+    TrackReader reader(files, catalog.rowRule(), options.jobs);
     while (std::optional<ReadTrack> read = reader.next()) {
       take(std::move(*read), catalog, progress, tally);
     }
@@ -112,25 +104,32 @@ void addIndexCommand(CommandLine& line) {
   CLI::App* const command = line.app.add_subcommand("index", "Fingerprint music into a database");
   command->footer(
       "Files that are in the database already and have not changed are skipped. What is\n"
-      "interrupted leaves whole tracks.\n"
+      "interrupted leaves whole tracks. --shifts and --rows-per-hour are fixed when a database\n"
+      "begins; --common may change each time.\n"
       "\n"
       "Examples:\n"
       "  lirvox index ~/Music\n"
-      "  lirvox index -d radio.sqlite --shifts 4 jingles/ theme.flac concert.mkv");
+      "  lirvox index -d radio.sqlite jingles/ theme.flac concert.mkv\n"
+      "  lirvox index -d small.sqlite --rows-per-hour 200000 ~/Music");
   const auto options = std::make_shared<Options>();
   addDatabaseOption(*command, options->database);
   command->add_option("-j,--jobs", options->jobs, "Files read at a time")
       ->check(CLI::Range(1, 1024))
       ->capture_default_str();
   command
-      ->add_option("--shifts", options->shifts,
-                   "Time alignments kept of each track: more find weaker matches and take more "
-                   "room (default 2; fixed for a database)")
-      ->check(CLI::IsMember({1, 2, 4}));
+      ->add_option("--shifts", options->catalog.alignments,
+                   "Time alignments of each track that are looked at: 1, 2, 4 or 8 (default 8)")
+      ->check(CLI::IsMember({1, 2, 4, 8}));
   command
-      ->add_option("--common", options->commonShare,
-                   "Share of the hash values, most frequent first, that recognitions leave out")
-      ->check(CLI::Range(0.0, 0.5));
+      ->add_option("--rows-per-hour", options->catalog.rowsPerHour,
+                   "The best rows that are kept of an hour of sound, 15 bytes each; 0 keeps all "
+                   "(default 320000)")
+      ->check(CLI::Range(0, 100'000'000));
+  command
+      ->add_option("--common", options->catalog.commonHashes,
+                   "Leave out hashes with more rows than this many times the mean; 0 leaves out "
+                   "none (default 20)")
+      ->check(CLI::Range(0.0, 1e6));
   command->add_option("PATH", options->paths, "Files and folders of music")->required();
   command->callback([&line, options] { line.run = [options] { return index(*options); }; });
 }

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "catalog/TrackFingerprinter.h"
 #include "lib/LirvoxSettings.h"
 #include "tools/AudioDecoder.h"
 
@@ -39,10 +40,10 @@ ReadTrack read(const ListedFile& file, catalog::TrackFingerprinter& fingerprinte
 
 std::atomic<bool> TrackReader::interrupted{false};
 
-TrackReader::TrackReader(const std::vector<ListedFile>& files, catalog::Shifts shifts,
+TrackReader::TrackReader(const std::vector<ListedFile>& files, const catalog::RowRule& rule,
                          unsigned threads)
     : files_(files), capacity_(2 * threads), working_(threads) {
-  for (unsigned i = 0; i < threads; ++i) threads_.emplace_back([this, shifts] { work(shifts); });
+  for (unsigned i = 0; i < threads; ++i) threads_.emplace_back([this, rule] { work(rule); });
 }
 
 TrackReader::~TrackReader() {
@@ -66,8 +67,8 @@ std::optional<ReadTrack> TrackReader::next() {
   return track;
 }
 
-void TrackReader::work(catalog::Shifts shifts) {
-  catalog::TrackFingerprinter fingerprinter(shifts);
+void TrackReader::work(const catalog::RowRule& rule) {
+  catalog::TrackFingerprinter fingerprinter(rule);
   while (const ListedFile* const file = claim()) {
     if (!deliver(read(*file, fingerprinter, dropped_))) break;
   }

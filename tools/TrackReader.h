@@ -31,7 +31,7 @@ struct ReadTrack {
 class TrackReader {
  public:
   /// Starts at once; `files` must outlive the reader.
-  TrackReader(const std::vector<ListedFile>& files, catalog::Shifts shifts, unsigned threads);
+  TrackReader(const std::vector<ListedFile>& files, const catalog::RowRule& rule, unsigned threads);
   /// Drops what is under way.
   ~TrackReader();
 
@@ -46,7 +46,7 @@ class TrackReader {
   static std::atomic<bool> interrupted;
 
  private:
-  void work(catalog::Shifts shifts);
+  void work(const catalog::RowRule& rule);
   const ListedFile* claim();
   bool deliver(ReadTrack track);
 
