@@ -1,20 +1,18 @@
 // The recognizer: the one object through which a host uses the library.
 #include "lib/Lirvox.h"
 
-#include <atomic>
 #include <cmath>
 #include <filesystem>
 #include <limits>
 #include <mutex>
 #include <utility>
 
-#include "lib/Capture.h"
 #include "lib/LirvoxAudioFFT.h"
 #include "lib/LirvoxPostDatabaseProcessing.h"
 #include "lib/LirvoxRecognize.h"
 #include "lib/LirvoxSettings.h"
+#include "lib/LirvoxState.h"
 #include "lib/LirvoxUtilities.h"
-#include "lib/PassQueue.h"
 #include "lib/platform/Platform.h"
 #include "lib/platform/RunTask.h"
 
@@ -39,54 +37,7 @@ std::int32_t saturatedInteger(double value) {
 // long ones the pass keeps making room ahead of the audio thread.
 constexpr std::size_t kInitialReserveInBytes = std::size_t{1} << 20;
 
-// The value, with `fallback` stored in its place while it is unset.
-template <typename Value>
-Value lazyDefault(std::atomic<Value>& stored, Value fallback) {
-  Value expected{};
-  if (stored.compare_exchange_strong(expected, fallback)) return fallback;
-  return expected;
-}
-
 }  // namespace
-
-struct Lirvox::State {
-  // Plain values, each safe by itself.
-  std::atomic<bool> isRecording{false};
-  std::atomic<bool> stopNow{false};
-  std::atomic<bool> shouldStop{false};
-  std::atomic<std::int32_t> minimumFindedCnt{0};
-  std::atomic<std::uint32_t> bufferSizeMax{0};
-  std::atomic<std::uint32_t> bufferSizeEnoughForMiniSpectogram{0};
-  std::atomic<double> recordingTime{0.0};
-
-  // Held while a capture starts or ends; the audio thread never takes it.
-  std::mutex control;
-  CaptureSlot capture;  // replaced under control only
-
-  mutable std::mutex fields;  // held for a copy or a swap; guards what follows
-  std::shared_ptr<LirvoxDelegate> delegate;
-  std::shared_ptr<LirvoxDatabase> database;
-  std::shared_ptr<LirvoxMicrophone> microphone;
-  std::shared_ptr<LirvoxAudioFFT> fft;
-  std::shared_ptr<HistoryInfo> historyInfo;
-  std::optional<platform::Clock::Date> timeStartListening;
-
-  // Constant after construction.
-  std::shared_ptr<PassQueue> passes;
-
-  template <typename Value>
-  Value read(const Value& field) const {
-    const std::lock_guard lock(fields);
-    return field;
-  }
-
-  // The old value is destroyed after the lock is released: its destructor is the host's.
-  template <typename Value>
-  void write(Value& field, Value value) {
-    const std::lock_guard lock(fields);
-    std::swap(field, value);
-  }
-};
 
 std::shared_ptr<Lirvox> Lirvox::sharedInstance() {
   // Never destroyed: it lives as long as the process, whose threads may use it to the end.
@@ -128,22 +79,25 @@ void Lirvox::startRecognize() {
   state_->stopNow = false;
   setTimeStartListening(platform::current()->clock->now());
   setMicrophone(LirvoxMicrophone::microphoneWithDelegate(weak_from_this()));
-  beginCapture();
+  beginCapture({});
   microphone()->startFetchingAudio();
   processBuffer();
 }
 
-// Makes a fresh, empty capture the current one.
-void Lirvox::beginCapture() {
+// Makes a fresh capture, with the samples that a recording holds already, the current one.
+void Lirvox::beginCapture(const std::vector<std::byte>& recording) {
   if (const auto historyInfo = this->historyInfo()) LirvoxUtilities::clearHistoryInfo(*historyInfo);
   auto capture = std::make_shared<Capture>();
   capture->cancelled = stopNow();
-  capture->buffer.reserve(kInitialReserveInBytes);
+  capture->buffer.append(recording.data(), recording.size());
+  capture->buffer.reserve(recording.size() + kInitialReserveInBytes);
   state_->passes->prepare(*capture);
   capture->limitReached = platform::current()->mainQueue->makeWaker(
       [weak = weak_from_this(), ended = std::weak_ptr(capture)] {
         if (const auto self = weak.lock()) self->endCapture(ended);
       });
+  // A replay may start while a live capture runs, which is over then.
+  if (const auto& previous = state_->capture.get()) previous->end();
   state_->capture.replace(std::move(capture));
   state_->isRecording = true;
   setShouldStop(false);
@@ -229,132 +183,6 @@ bool Lirvox::shouldProcessBuffer() const {
   bool result = false;
   state_->capture.with([&](const Capture& capture) { result = capture.hasBlock(); });
   return result;
-}
-
-// --- Settings and state ---
-
-std::shared_ptr<LirvoxDelegate> Lirvox::delegate() const {
-  return state_->read(state_->delegate);
-}
-
-void Lirvox::setDelegate(std::shared_ptr<LirvoxDelegate> delegate) {
-  state_->write(state_->delegate, std::move(delegate));
-}
-
-std::shared_ptr<LirvoxDatabase> Lirvox::database() const {
-  return state_->read(state_->database);
-}
-
-void Lirvox::setDatabase(std::shared_ptr<LirvoxDatabase> database) {
-  state_->write(state_->database, std::move(database));
-}
-
-double Lirvox::recordingTime() const {
-  return lazyDefault(state_->recordingTime, LirvoxSettings::recordTime());
-}
-
-void Lirvox::setRecordingTime(double seconds) {
-  state_->recordingTime = seconds;
-}
-
-std::int32_t Lirvox::minimumFindedCnt() const {
-  return lazyDefault(state_->minimumFindedCnt, LirvoxSettings::minimumFindedCntDefault());
-}
-
-void Lirvox::setMinimumFindedCnt(std::int32_t count) {
-  state_->minimumFindedCnt = count;
-}
-
-bool Lirvox::isRecording() const {
-  return state_->isRecording;
-}
-
-void Lirvox::setIsRecording(bool recording) {
-  const std::lock_guard lock(state_->control);
-  state_->isRecording = recording;
-  if (const auto& capture = state_->capture.get(); capture && !recording) capture->end();
-}
-
-bool Lirvox::stopNow() const {
-  return state_->stopNow;
-}
-
-void Lirvox::setStopNow(bool stop) {
-  const std::lock_guard lock(state_->control);
-  state_->stopNow = stop;
-  if (const auto& capture = state_->capture.get()) capture->cancelled = stop;
-}
-
-bool Lirvox::shouldStop() const {
-  return state_->shouldStop;
-}
-
-void Lirvox::setShouldStop(bool stop) {
-  state_->shouldStop = stop;
-}
-
-std::uint32_t Lirvox::bufferSizeMax() const {
-  return state_->bufferSizeMax;
-}
-
-void Lirvox::setBufferSizeMax(std::uint32_t size) {
-  state_->bufferSizeMax = size;
-}
-
-std::uint32_t Lirvox::bufferSizeEnoughForMiniSpectogram() const {
-  return state_->bufferSizeEnoughForMiniSpectogram;
-}
-
-void Lirvox::setBufferSizeEnoughForMiniSpectogram(std::uint32_t size) {
-  state_->bufferSizeEnoughForMiniSpectogram = size;
-}
-
-std::optional<platform::Clock::Date> Lirvox::timeStartListening() const {
-  return state_->read(state_->timeStartListening);
-}
-
-void Lirvox::setTimeStartListening(std::optional<platform::Clock::Date> date) {
-  state_->write(state_->timeStartListening, date);
-}
-
-std::shared_ptr<LirvoxMicrophone> Lirvox::microphone() const {
-  return state_->read(state_->microphone);
-}
-
-void Lirvox::setMicrophone(std::shared_ptr<LirvoxMicrophone> microphone) {
-  state_->write(state_->microphone, std::move(microphone));
-}
-
-std::shared_ptr<LirvoxAudioFFT> Lirvox::fft() const {
-  return state_->read(state_->fft);
-}
-
-void Lirvox::setFft(std::shared_ptr<LirvoxAudioFFT> fft) {
-  state_->write(state_->fft, std::move(fft));
-}
-
-std::shared_ptr<HistoryInfo> Lirvox::historyInfo() const {
-  return state_->read(state_->historyInfo);
-}
-
-void Lirvox::setHistoryInfo(std::shared_ptr<HistoryInfo> historyInfo) {
-  state_->write(state_->historyInfo, std::move(historyInfo));
-}
-
-std::optional<std::vector<std::byte>> Lirvox::bufferAudioData() const {
-  std::optional<std::vector<std::byte>> bytes;
-  state_->capture.with([&](const Capture& capture) {
-    if (capture.buffer.size() > 0) bytes = capture.buffer.prefix(capture.buffer.size());
-  });
-  return bytes;
-}
-
-std::optional<std::vector<std::byte>> Lirvox::processedBuffer() const {
-  std::optional<std::vector<std::byte>> bytes;
-  state_->capture.with([&](const Capture& capture) {
-    if (capture.consumed > 0) bytes = capture.buffer.prefix(capture.consumed);
-  });
-  return bytes;
 }
 
 }  // namespace lirvox

@@ -65,6 +65,18 @@ class LIRVOX_EXPORT Lirvox : public LirvoxMicrophoneAudioDelegate,
   /// stopped.
   void stopRecognize();
 
+  /// Recognises the recording "soundLirvox.dat" among the application's resources, as
+  /// if it had been heard, for 4 seconds, and starts a live recognition 2 seconds after.
+  /// Without such a recording the outcome is that nothing was recognised. A live capture
+  /// that runs ends here, with a lookup of what it heard. After `stopRecognize` nothing is
+  /// delivered for the recording, until a `startRecognize`: that is meant.
+  void startRecognizeFromFile();
+
+  /// Writes the capture so far to "soundLirvox.dat" in the caches directory, in the place
+  /// of an earlier one; nothing when there is none. Failures are not reported. Put among
+  /// the application's resources, the file is what `startRecognizeFromFile` replays.
+  void saveCurrentBufferToFile() const;
+
   /// Whether a database file is installed at `LirvoxSettings::databasePath()`; when
   /// not, `error` is set to domain "Lirvox", code 201.
   bool canRecognize(LirvoxError& error) const;
@@ -148,9 +160,10 @@ class LIRVOX_EXPORT Lirvox : public LirvoxMicrophoneAudioDelegate,
   struct State;
 
   Lirvox();
-  void beginCapture();
+  void beginCapture(const std::vector<std::byte>& recording);
   void processBuffer();
   void endCapture(const std::weak_ptr<Capture>& capture);
+  void endReplay(const std::weak_ptr<Capture>& capture);
   void finishPass(ProcessingPass& pass, PassState state);
   std::size_t limitInBytes() const;
 

@@ -1,0 +1,267 @@
+// How much is recognised, and how much is answered falsely, for ways to build a database.
+//
+//   lirvox_recognition [--excerpts N] [--seed N] [--minimum N] MUSIC...
+//
+// Builds one database of the music for each way, cuts random five-second excerpts, clean
+// and in pink noise 10 dB below the music, and looks them up: in the whole database, and
+// with the rows of the excerpt's own track left out, when every answer is false.
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <iostream>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "catalog/Catalog.h"
+#include "catalog/CatalogSummary.h"
+#include "catalog/TrackFingerprinter.h"
+#include "lib/Hits.h"
+#include "lib/HitsByTrack.h"
+#include "lib/LirvoxDatabase.h"
+#include "lib/TrackOrder.h"
+#include "lib/Vote.h"
+#include "tools/AudioDecoder.h"
+#include "tools/Console.h"
+#include "tools/FileList.h"
+#include "tools/QueryPass.h"
+
+using namespace lirvox;
+using namespace lirvox::tools;
+
+namespace {
+
+using Samples = std::vector<std::int32_t>;
+
+constexpr std::size_t kExcerpt = 5 * 11025;
+constexpr double kSecondsPerFrame = 256.0 / 11025.0;
+
+struct Track {
+  std::string path;
+  Samples samples;
+};
+
+struct Excerpt {
+  std::size_t track;
+  std::size_t start;
+  std::vector<QueryHash> hashes;
+};
+
+struct Way {
+  const char* name;
+  catalog::CatalogOptions options;
+};
+
+struct Rate {
+  int right = 0;
+  int rightPlace = 0;  // of those; music that repeats itself has more than one
+  int wrong = 0;
+  int absentAnswered = 0;
+};
+
+std::vector<Track> readTracks(const std::vector<std::string>& paths) {
+  std::size_t failed = 0;
+  std::vector<Track> tracks;
+  for (const ListedFile& file : listFiles(paths, failed)) {
+    Samples samples;
+    try {
+      readAudio(file.path, [&](const std::int32_t* words, std::size_t count) {
+        samples.insert(samples.end(), words, words + count);
+        return true;
+      });
+    } catch (const AudioError&) {
+      continue;
+    }
+    if (samples.size() > 4 * kExcerpt) tracks.push_back({file.path, std::move(samples)});
+  }
+  return tracks;
+}
+
+// Pink noise by the sum of first-order filters of Paul Kellet.
+class PinkNoise {
+ public:
+  explicit PinkNoise(std::mt19937& random) : random_(random) {}
+
+  double next() {
+    static constexpr double kPole[] = {0.99886, 0.99332, 0.96900, 0.86650, 0.55000, -0.76160};
+    static constexpr double kGain[] = {0.0555179, 0.0750759, 0.1538520,
+                                       0.3104856, 0.5329522, -0.0168980};
+    const double white = normal_(random_);
+    double sum = white * 0.5362 + last_;
+    for (std::size_t i = 0; i < 6; ++i) {
+      state_[i] = kPole[i] * state_[i] + white * kGain[i];
+      sum += state_[i];
+    }
+    last_ = white * 0.115926;
+    return sum;
+  }
+
+ private:
+  std::mt19937& random_;
+  std::normal_distribution<double> normal_;
+  double state_[6] = {};
+  double last_ = 0.0;
+};
+
+double rootMeanSquare(const std::vector<double>& values) {
+  double sum = 0.0;
+  for (const double value : values) sum += value * value;
+  return std::sqrt(sum / static_cast<double>(values.size()));
+}
+
+// The samples with noise of a level `decibels` below theirs.
+Samples withPinkNoise(const Samples& samples, double decibels, std::mt19937& random) {
+  PinkNoise pink(random);
+  std::vector<double> noise(samples.size());
+  std::generate(noise.begin(), noise.end(), [&] { return pink.next(); });
+  const std::vector<double> music(samples.begin(), samples.end());
+  const double gain =
+      rootMeanSquare(music) / rootMeanSquare(noise) * std::pow(10.0, -decibels / 20.0);
+  Samples mixed(samples.size());
+  for (std::size_t i = 0; i < mixed.size(); ++i) {
+    mixed[i] = static_cast<std::int32_t>(
+        std::clamp(music[i] + gain * noise[i], -2147483648.0, 2147483647.0));
+  }
+  return mixed;
+}
+
+std::vector<QueryHash> hashesOf(const Samples& samples) {
+  QueryPass pass;
+  pass.add(samples.data(), samples.size());
+  std::vector<QueryHash> hashes;
+  for (const auto& shift : pass.hashesByShift()) {
+    hashes.insert(hashes.end(), shift.begin(), shift.end());
+  }
+  return hashes;
+}
+
+std::optional<LirvoxResult> voteOn(const PassHits& pass, std::int32_t minimum) {
+  const HitsByTrack hits(pass);
+  return chooseResult(vote(hits, chooseTrackOrder(hits, minimum)).candidates, minimum);
+}
+
+// The hits of all tracks but one.
+PassHits without(const PassHits& pass, std::int32_t track) {
+  PassHits rest = pass;
+  std::erase_if(rest.hits, [&](const LirvoxHit& hit) { return hit.hit_id.intValue() == track; });
+  std::erase_if(rest.trackHitCounts,
+                [&](const TrackHitCount& count) { return count.track_id.intValue() == track; });
+  return rest;
+}
+
+void judge(const Excerpt& excerpt, LirvoxDatabase& database, std::int32_t minimum, Rate& rate) {
+  const auto rows = database.selectFingerprints(excerpt.hashes);
+  const PassHits pass = formHits(rows ? &*rows : nullptr, excerpt.hashes);
+  const auto id = static_cast<std::int32_t>(excerpt.track + 1);
+  if (const auto result = voteOn(pass, minimum)) {
+    const double start = result->result_time.intValue() * kSecondsPerFrame;
+    const bool right = result->result_id.intValue() == id;
+    ++(right ? rate.right : rate.wrong);
+    if (right && std::abs(start - static_cast<double>(excerpt.start) / 11025.0) < 0.5) {
+      ++rate.rightPlace;
+    }
+  }
+  if (voteOn(without(pass, id), minimum)) ++rate.absentAnswered;
+}
+
+void build(const std::string& path, const std::vector<Track>& tracks, const Way& way) {
+  std::filesystem::remove(path);
+  catalog::Catalog catalog(path, way.options);
+  catalog::TrackFingerprinter fingerprinter(catalog.rowRule());
+  for (const Track& track : tracks) {
+    fingerprinter.add(track.samples.data(), track.samples.size());
+    const double seconds = static_cast<double>(track.samples.size()) / 11025.0;
+    catalog.add({{track.path, {}, track.path, seconds}, {}, fingerprinter.finish()});
+  }
+  catalog.commit();
+}
+
+struct Trial {
+  std::vector<Excerpt> clean;
+  std::vector<Excerpt> noisy;
+};
+
+Trial cut(const std::vector<Track>& tracks, int count, unsigned seed) {
+  std::mt19937 random(seed);
+  Trial trial;
+  for (int i = 0; i < count; ++i) {
+    const std::size_t track = random() % tracks.size();
+    const Samples& all = tracks[track].samples;
+    const std::size_t start = random() % (all.size() - kExcerpt);
+    const auto begin = all.begin() + static_cast<std::ptrdiff_t>(start);
+    const Samples samples(begin, begin + kExcerpt);
+    trial.clean.push_back({track, start, hashesOf(samples)});
+    trial.noisy.push_back({track, start, hashesOf(withPinkNoise(samples, 10.0, random))});
+  }
+  return trial;
+}
+
+void run(const Way& way, const std::vector<Track>& tracks, const Trial& trial,
+         std::int32_t minimum) {
+  const std::string path =
+      (std::filesystem::temp_directory_path() / "lirvox-recognition.sqlite").string();
+  build(path, tracks, way);
+  const catalog::CatalogSummary summary = catalog::summarize(path);
+  LirvoxDatabase database(path);
+  Rate clean;
+  Rate noisy;
+  const auto begin = std::chrono::steady_clock::now();
+  for (const Excerpt& excerpt : trial.clean) judge(excerpt, database, minimum, clean);
+  for (const Excerpt& excerpt : trial.noisy) judge(excerpt, database, minimum, noisy);
+  const std::chrono::duration<double, std::milli> spent = std::chrono::steady_clock::now() - begin;
+  const double percent = 100.0 / static_cast<double>(trial.clean.size());
+  std::printf("%-34s", way.name);
+  for (const Rate& rate : {clean, noisy}) {
+    std::printf(" %6.1f %6.1f %6.1f %6.1f", rate.right * percent, rate.rightPlace * percent,
+                rate.wrong * percent, rate.absentAnswered * percent);
+  }
+  std::printf(" %8.2f %8.2f\n", static_cast<double>(summary.rows) * 15.5 / summary.hours / 1e6,
+              spent.count() / static_cast<double>(trial.clean.size() + trial.noisy.size()));
+  std::fflush(stdout);
+  std::filesystem::remove(path);
+}
+
+const Way kWays[] = {
+    {"1 alignment, all rows", {1, 0, 0.0}},
+    {"1 alignment, common hashes out", {1, 0, 5.0}},
+    {"2 alignments, all rows", {2, 0, 0.0}},
+    {"2 alignments, common hashes out", {2, 0, 5.0}},
+    {"4 alignments, common hashes out", {4, 0, 3.0}},
+    {"best 200,000 rows/h of 8", {8, 200'000, 20.0}},
+    {"best 320,000 rows/h of 4", {4, 320'000, 20.0}},
+    {"best 320,000 rows/h of 8 (default)", {}},
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App app("How much is recognised, and how much answered falsely");
+  int excerpts = 200;
+  unsigned seed = 1;
+  std::int32_t minimum = 30;
+  std::vector<std::string> music;
+  app.add_option("--excerpts", excerpts, "Number of excerpts")->capture_default_str();
+  app.add_option("--seed", seed, "Seed of places and noise")->capture_default_str();
+  app.add_option("--minimum", minimum, "Votes that a result must exceed")->capture_default_str();
+  app.add_option("MUSIC", music, "Files and folders")->required();
+  CLI11_PARSE(app, argc, argv);
+
+  const std::vector<Track> tracks = readTracks(music);
+  if (tracks.empty()) {
+    complain("no track of more than 20 seconds there");
+    return 1;
+  }
+  const Trial trial = cut(tracks, excerpts, seed);
+  std::printf("%zu tracks, %d excerpts of 5 s, seed %u, minimum %d\n\n", tracks.size(), excerpts,
+              seed, minimum);
+  std::printf("%-34s %27s %27s\n%-34s", "", "clean, %", "pink noise 10 dB, %", "rows");
+  for (int i = 0; i < 2; ++i) std::printf(" %6s %6s %6s %6s", "right", "place", "wrong", "absent");
+  std::printf(" %8s %8s\n", "MB/hour", "ms");
+  for (const Way& way : kWays) run(way, tracks, trial, minimum);
+}

@@ -1,0 +1,76 @@
+// Recordings of captures: keeping one, and recognising one again.
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "lib/Lirvox.h"
+#include "lib/LirvoxState.h"
+#include "lib/platform/Platform.h"
+#include "lib/platform/TemporaryFile.h"
+
+namespace lirvox {
+namespace {
+
+constexpr const char* kRecordingName = "soundLirvox.dat";
+constexpr std::chrono::seconds kReplayTime{4};
+constexpr std::chrono::seconds kPauseBeforeLive{2};
+
+// The whole file; nothing when there is none.
+std::vector<std::byte> readFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::vector<std::byte> bytes;
+  std::transform(std::istreambuf_iterator<char>(file), {}, std::back_inserter(bytes),
+                 [](char c) { return static_cast<std::byte>(c); });
+  return bytes;
+}
+
+}  // namespace
+
+void Lirvox::startRecognizeFromFile() {
+  const auto platform = platform::current();
+  const std::string path = platform->directories->resourcesDirectory() + '/' + kRecordingName;
+  const std::vector<std::byte> recording = readFile(path);
+  const std::lock_guard lock(state_->control);
+  // Unlike a live start, this neither asks whether a capture runs or a database is there,
+  // nor takes back an earlier cancellation, nor notes the time. That is meant.
+  beginCapture(recording);
+  processBuffer();
+  platform->mainQueue->after(
+      kReplayTime, [weak = weak_from_this(), ended = std::weak_ptr(state_->capture.get())] {
+        const auto self = weak.lock();
+        if (!self) return;
+        self->endReplay(ended);
+        platform::current()->mainQueue->after(kPauseBeforeLive, [weak] {
+          if (const auto again = weak.lock()) again->startRecognize();
+        });
+      });
+}
+
+// The replay's time is over, unless another capture has taken its place.
+void Lirvox::endReplay(const std::weak_ptr<Capture>& ended) {
+  const std::lock_guard lock(state_->control);
+  const auto capture = ended.lock();
+  if (!capture || capture != state_->capture.get()) return;
+  state_->isRecording = false;
+  capture->end();
+}
+
+void Lirvox::saveCurrentBufferToFile() const {
+  const auto recording = bufferAudioData();
+  if (!recording) return;
+  const std::string folder = platform::current()->directories->cachesDirectory();
+  std::error_code ignored;
+  std::filesystem::create_directories(folder, ignored);
+  // Whether it succeeds is not asked: meant.
+  platform::writeWholeFile(folder + '/' + kRecordingName,
+                           {reinterpret_cast<const char*>(recording->data()), recording->size()});
+}
+
+}  // namespace lirvox
