@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <filesystem>
 #include <iostream>
 #include <mutex>
 #include <syncstream>
@@ -46,11 +47,19 @@ std::string xdgBase(const char* variable, const char* belowHome) {
   return home + '/' + belowHome;
 }
 
+// As an absolute path without a trailing slash; a relative one starts where the program did.
+std::string folderPath(const std::string& setting) {
+  std::string path = std::filesystem::absolute(setting);
+  while (path.size() > 1 && path.back() == '/') path.pop_back();
+  return path;
+}
+
 class XdgDirectories : public Directories {
  public:
-  explicit XdgDirectories(const std::string& applicationName)
-      : caches_(environment("LIRVOX_CACHES_DIR")) {
-    if (caches_.empty()) caches_ = xdgBase("XDG_CACHE_HOME", ".cache") + '/' + applicationName;
+  explicit XdgDirectories(const std::string& applicationName) {
+    const std::string own = environment("LIRVOX_CACHES_DIR");
+    caches_ = own.empty() ? folderPath(xdgBase("XDG_CACHE_HOME", ".cache")) + '/' + applicationName
+                          : folderPath(own);
   }
 
   std::string cachesDirectory() const override { return caches_; }
