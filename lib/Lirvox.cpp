@@ -39,12 +39,14 @@ std::int32_t saturatedInteger(double value) {
 // long ones the pass keeps making room ahead of the audio thread.
 constexpr std::size_t kInitialReserveInBytes = std::size_t{1} << 20;
 
-// The value, with `fallback` stored in its place while it is unset.
+// The value, with `fallback` stored in its place while it is unset. Zero has two signs.
 template <typename Value>
 Value lazyDefault(std::atomic<Value>& stored, Value fallback) {
-  Value expected{};
-  if (stored.compare_exchange_strong(expected, fallback)) return fallback;
-  return expected;
+  Value value = stored.load();
+  while (value == Value{}) {
+    if (stored.compare_exchange_weak(value, fallback)) return fallback;
+  }
+  return value;
 }
 
 }  // namespace
