@@ -35,8 +35,15 @@ std::string besideProgram(const std::string& below) {
   return (program.parent_path().parent_path() / below).string();
 }
 
-std::string firstSet(std::string chosen, const std::string& otherwise) {
-  return chosen.empty() ? otherwise : chosen;
+// As an absolute path without a trailing slash; a relative one starts where the program did.
+std::string folderPath(const std::string& setting) {
+  std::string path = std::filesystem::absolute(setting);
+  while (path.size() > 1 && path.back() == '/') path.pop_back();
+  return path;
+}
+
+std::string firstSet(const std::string& chosen, const std::string& otherwise) {
+  return folderPath(chosen.empty() ? otherwise : chosen);
 }
 
 }  // namespace

@@ -1,0 +1,147 @@
+// The vote over offsets, worked out by hand.
+#include <algorithm>
+#include <array>
+#include <numeric>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "lib/Vote.h"
+
+namespace lirvox {
+namespace {
+
+// Hits of one track at one offset.
+struct Votes {
+  std::int32_t track;
+  std::int32_t offset;
+  std::int32_t count;
+};
+
+using Candidate = std::array<std::int32_t, 4>;  // id, count, time, value
+
+PassHits passOf(const std::vector<Votes>& votes) {
+  std::vector<LirvoxDBRow> rows;
+  std::vector<QueryHash> hashes;
+  for (const auto& [track, offset, count] : votes) {
+    const auto hash = static_cast<std::int32_t>(rows.size());
+    rows.push_back({DecimalString(track), DecimalString(offset + 100), DecimalString(hash)});
+    hashes.insert(hashes.end(), static_cast<std::size_t>(count), {100, hash});
+  }
+  const LirvoxRowMap map(rows);
+  return formHits(&map, hashes);
+}
+
+// The candidates, with the tracks in the order of their first hits.
+std::vector<Candidate> candidatesOf(const std::vector<Votes>& votes) {
+  const HitsByTrack hits(passOf(votes));
+  std::vector<std::size_t> order(hits.tracks().size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  std::vector<Candidate> candidates;
+  for (const LirvoxResult& result : vote(hits, order).candidates) {
+    candidates.push_back({result.result_id.intValue(), result.result_count.intValue(),
+                          result.result_time.intValue(), result.result_value.intValue()});
+  }
+  return candidates;
+}
+
+TEST(Vote, PlacesItsWindowAtThePeakOfAllTracks) {
+  struct Case {
+    const char* what;
+    std::vector<Votes> votes;
+    std::vector<Candidate> candidates;
+  };
+  const std::vector<Case> cases = {
+      {"nothing", {}, {}},
+      {"four votes do not make a peak", {{1, 50, 4}, {1, 60, 4}}, {}},
+      {"five do", {{1, 50, 5}}, {{1, 5, 50, 5}}},
+      {"the window is the peak and two below",
+       {{3, 0, 1}, {3, 7, 9}, {3, 8, 3}, {3, 9, 2}, {3, 10, 40}, {3, 11, 30}},
+       {{3, 45, 10, 85}}},
+      {"it ends at the smallest offset", {{1, -7, 2}, {1, -6, 6}}, {{1, 8, -6, 8}}},
+      {"the first of equal peaks stays", {{1, 30, 6}, {1, 90, 6}}, {{1, 6, 30, 12}}},
+      {"a later track is judged by the peak before it",
+       {{1, 20, 7}, {2, 20, 3}, {2, 50, 4}, {3, 50, 1}},
+       {{1, 7, 20, 7}, {2, 3, 20, 7}, {3, 0, 20, 1}}},
+      {"unless it beats it",
+       {{1, 20, 7}, {2, 50, 8}, {3, 20, 2}},
+       {{1, 7, 20, 7}, {2, 8, 50, 8}, {3, 0, 50, 2}}},
+      {"votes of tracks before it count for a track",
+       {{1, 20, 3}, {1, 19, 2}, {2, 20, 2}},
+       {{2, 7, 20, 2}}},
+      {"but not those that a window took",
+       {{1, 20, 6}, {1, 18, 1}, {2, 20, 6}, {3, 20, 7}, {3, 18, 1}},
+       {{1, 7, 20, 7}, {2, 6, 20, 6}, {3, 8, 20, 8}}},
+      {"a window may leave votes to the next",
+       {{1, 20, 6}, {1, 21, 5}, {2, 21, 3}},
+       {{1, 6, 20, 11}, {2, 8, 21, 3}}},
+  };
+  for (const Case& c : cases) EXPECT_EQ(candidatesOf(c.votes), c.candidates) << c.what;
+}
+
+TEST(Vote, FindsTheSameFarApart) {
+  // The last track stretches the offsets so far that they are numbered, gaps cut short.
+  const std::vector<Votes> votes = {{1, 20, 6},       {1, 18, 2},      {1, 17, 4},     {1, 21, 1},
+                                    {2, 400, 9},      {2, 398, 3},     {2, 397, 1},    {3, 400, 2},
+                                    {4, 7000000, 11}, {4, 6999999, 1}, {4, 6999996, 1}};
+  const std::vector<Candidate> expected = {
+      {1, 8, 20, 13}, {2, 12, 400, 13}, {3, 2, 400, 2}, {4, 12, 7000000, 13}};
+  EXPECT_EQ(candidatesOf(votes), expected);
+  for (const std::int32_t far : {-4194304, -100000000, -2147483000}) {
+    std::vector<Votes> stretched = votes;
+    stretched.push_back({9, far, 1});
+    std::vector<Candidate> all = expected;
+    all.push_back({9, 0, 7000000, 1});
+    EXPECT_EQ(candidatesOf(stretched), all) << far;
+  }
+}
+
+TEST(Vote, VisitsTheTracksInTheOrderGiven) {
+  const HitsByTrack hits(passOf({{5, 20, 7}, {6, 50, 8}, {7, 20, 8}}));
+  const VoteOutcome outcome = vote(hits, {2, 0, 1});
+  std::vector<std::int32_t> ids;
+  for (const LirvoxResult& result : outcome.candidates) ids.push_back(result.result_id.intValue());
+  EXPECT_EQ(ids, (std::vector<std::int32_t>{7, 5, 6}));
+  // Of tracks with equally many hits the first visited.
+  EXPECT_EQ(outcome.rawBestTrack, 7);
+  EXPECT_EQ(outcome.rawBestCount, 8);
+  EXPECT_EQ(vote(hits, {1, 2}).rawBestTrack, 6);
+  EXPECT_EQ(vote(hits, {}).rawBestTrack, 0);
+}
+
+TEST(HitsByTrack, KeepsTheHitsOfEachTrackInHitOrder) {
+  const HitsByTrack hits(passOf({{2, 30, 1}, {1, 10, 2}, {2, 20, 1}, {1, 40, 1}}));
+  ASSERT_EQ(hits.tracks().size(), 2U);
+  std::vector<std::int32_t> offsets;
+  for (const HitsByTrack::Track& track : hits.tracks()) {
+    for (const HitsByTrack::Bin bin : track) offsets.push_back(hits.offset(bin));
+  }
+  EXPECT_EQ(offsets, (std::vector<std::int32_t>{30, 20, 10, 10, 40}));
+  EXPECT_EQ(hits.tracks()[1].hitCount(), 3);
+}
+
+TEST(ChooseResult, ComparesCountsAsTextAndWithTheMinimumAsNumbers) {
+  struct Case {
+    std::vector<std::int32_t> counts;
+    std::int32_t minimum;
+    std::int32_t chosen;  // index, -1 for none
+  };
+  const std::vector<Case> cases = {
+      {{}, 0, -1},           {{9, 120}, 5, 0},   {{120, 9}, 30, -1},
+      {{30}, 30, -1},        {{31}, 30, 0},      {{100, 31, 4}, 3, 2},
+      {{45, 45, 44}, 30, 0}, {{177, 2}, 30, -1}, {{35, 350, 34}, 30, 1},
+      {{0}, -1, 0},
+  };
+  for (const auto& [counts, minimum, chosen] : cases) {
+    std::vector<LirvoxResult> candidates;
+    for (const std::int32_t count : counts) {
+      const auto id = static_cast<std::int32_t>(candidates.size());
+      candidates.push_back({DecimalString(id), DecimalString(count), {}, {}});
+    }
+    const auto result = chooseResult(candidates, minimum);
+    EXPECT_EQ(result ? result->result_id.intValue() : -1, chosen) << testing::PrintToString(counts);
+  }
+}
+
+}  // namespace
+}  // namespace lirvox

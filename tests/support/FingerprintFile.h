@@ -1,0 +1,21 @@
+// Fingerprint files for tests.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <vector>
+
+namespace lirvox::test {
+
+/// One row of table `db`.
+struct FingerprintRow {
+  std::int32_t track_id;
+  std::int32_t num1;
+  std::int32_t num2;
+};
+
+/// Writes a database whose table `db` holds `rows` in this order, and the folders above it.
+void writeFingerprintFile(const std::filesystem::path& path,
+                          const std::vector<FingerprintRow>& rows);
+
+}  // namespace lirvox::test
