@@ -3,6 +3,8 @@
 
 #include <vector>
 
+#include "lib/Lanes.h"
+
 namespace lirvox {
 namespace {
 
@@ -26,6 +28,22 @@ double step(const double* b, const double* a, double x, double* state, int order
   return y;
 }
 
+// The same with order 2, of as many signals as fill whole lanes. Returns how many.
+std::size_t stepInLanes(const double* b, const double* a, const double* x, double* y, double* state,
+                        std::size_t signals) {
+  const double b0 = b[0];
+  const double b1 = b[1];
+  const double a1 = a[1];
+  std::size_t k = 0;
+  for (; k + kLanes <= signals; k += kLanes) {
+    const auto in = load<Lanes>(x + k);
+    const Lanes out = load<Lanes>(state + k) + b0 * in;
+    store(b1 * in - a1 * out, state + k);
+    store(out, y + k);
+  }
+  return k;
+}
+
 }  // namespace
 
 void do_filt(double* b, double* a, const double* x, double* y, double* state, int order,
@@ -36,17 +54,22 @@ void do_filt(double* b, double* a, const double* x, double* y, double* state, in
     a[i] /= scale;
   }
   for (std::size_t n = 0; n < length; ++n, x = advance(x, xStride), y = advance(y, yStride)) {
-    for (std::size_t k = 0; k < signals; ++k) y[k] = step(b, a, x[k], state + k, order, signals);
+    std::size_t k = order == 2 ? stepInLanes(b, a, x, y, state, signals) : 0;
+    for (; k < signals; ++k) y[k] = step(b, a, x[k], state + k, order, signals);
   }
 }
 
 void lfilter(const double* signal, std::size_t length, double* output, std::size_t stride,
              std::size_t signals) {
+  HighPass(signals).apply(signal, length, output, stride);
+}
+
+void HighPass::apply(const double* signal, std::size_t length, double* output, std::size_t stride) {
   double b[] = {1.0, -1.0};
   double a[] = {1.0, -0.98};
-  std::vector<double> state(signals);
   const std::size_t strideInBytes = stride * sizeof(double);
-  do_filt(b, a, signal, output, state.data(), 2, length, strideInBytes, strideInBytes, signals);
+  do_filt(b, a, signal, output, state_.data(), 2, length, strideInBytes, strideInBytes,
+          state_.size());
 }
 
 }  // namespace lirvox

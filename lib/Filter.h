@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <vector>
 
 #include "LirvoxExport.h"
 
@@ -24,5 +25,17 @@ LIRVOX_EXPORT void do_filt(double* b, double* a, const double* x, double* y, dou
 /// samples are `stride` doubles apart. `signal` and `output` may be the same.
 LIRVOX_EXPORT void lfilter(const double* signal, std::size_t length, double* output,
                            std::size_t stride, std::size_t signals = 1);
+
+/// The high-pass of `lfilter`, over signals that come in parts.
+class LIRVOX_EXPORT HighPass {
+ public:
+  explicit HighPass(std::size_t signals) : state_(signals) {}
+
+  /// Filters the next `length` samples of each signal, laid out as for `lfilter`.
+  void apply(const double* signal, std::size_t length, double* output, std::size_t stride);
+
+ private:
+  std::vector<double> state_;
+};
 
 }  // namespace lirvox

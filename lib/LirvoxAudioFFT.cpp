@@ -1,6 +1,7 @@
 // The FFT engine: one real frame in, its spectrum out.
 #include "lib/LirvoxAudioFFT.h"
 
+#include <algorithm>
 #include <cassert>
 #include <utility>
 
@@ -30,20 +31,33 @@ void LirvoxAudioFFT::setInfo(std::unique_ptr<Info> info) {
 
 DoubleSplitComplex LirvoxAudioFFT::fft(const double* frame, [[maybe_unused]] int logFFTsize) {
   assert(logFFTsize == Info::kLogSize);
-  auto& [setup, packed, spectrum] = *info_;
-  // Yields the plain transform, not twice its values, so nothing is left to scale.
-  setup.transform_real(frame, packed.data());
+  info_->fftSetup.transform(frame, info_->half);
+  return unpack();
+}
 
-  spectrum.realp[0] = packed[0].real();
-  spectrum.imagp[0] = 0.0;
-  spectrum.realp[Info::kHalf] = packed[0].imag();
-  spectrum.imagp[Info::kHalf] = 0.0;
-  for (std::size_t k = 1; k < Info::kHalf; ++k) {
-    // The upper half mirrors the lower one without conjugation: meant, see the header.
-    spectrum.realp[k] = spectrum.realp[Info::kSize - k] = packed[k].real();
-    spectrum.imagp[k] = spectrum.imagp[Info::kSize - k] = packed[k].imag();
-  }
-  return {spectrum.realp.data(), spectrum.imagp.data()};
+DoubleSplitComplex LirvoxAudioFFT::fftOfPair(const double* frames) {
+  auto& [re, im] = info_->halfOfPair;
+  info_->fftSetup.transform(frames, info_->halfOfPair);
+  return {reinterpret_cast<double*>(re.data()), reinterpret_cast<double*>(im.data())};
+}
+
+DoubleSplitComplex LirvoxAudioFFT::spectrumOfPair(std::size_t index) {
+  const auto& [re, im] = info_->halfOfPair;
+  const auto part = [index](const Lanes& pair) { return pair[index]; };
+  std::transform(re.begin(), re.end(), info_->half.re.begin(), part);
+  std::transform(im.begin(), im.end(), info_->half.im.begin(), part);
+  return unpack();
+}
+
+DoubleSplitComplex LirvoxAudioFFT::unpack() {
+  auto& [realp, imagp] = info_->spectrum;
+  const auto& [re, im] = info_->half;
+  std::copy(re.begin(), re.end(), realp.begin());
+  std::copy(im.begin(), im.end(), imagp.begin());
+  // The upper half mirrors the lower one without conjugation: meant, see the header.
+  std::reverse_copy(re.begin() + 1, re.end() - 1, realp.begin() + Info::kHalf + 1);
+  std::reverse_copy(im.begin() + 1, im.end() - 1, imagp.begin() + Info::kHalf + 1);
+  return {realp.data(), imagp.data()};
 }
 
 }  // namespace lirvox

@@ -3,10 +3,10 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstddef>
 #include <vector>
 
+#include "lib/Lanes.h"
 #include "lib/LirvoxSettings.h"
 #include "lib/Window.h"
 
@@ -15,11 +15,44 @@ namespace {
 
 constexpr std::int32_t kChunksPerBlock = 5;
 
-// Squared magnitudes of the lower half of `spectrum`. The general rules of complex
-// products for infinities are not needed: samples are finite, and so are their powers.
-void power(const DoubleSplitComplex& spectrum, std::size_t bins, double* out) {
-  for (std::size_t b = 0; b < bins; ++b) {
-    out[b] = spectrum.realp[b] * spectrum.realp[b] + spectrum.imagp[b] * spectrum.imagp[b];
+// The lengths of the arrays below; `settingNFFT` and the rest never change.
+constexpr int kLogFrame = 9;
+constexpr std::size_t kFrame = std::size_t{1} << kLogFrame;
+constexpr std::size_t kBins = kFrame / 2 + 1;
+
+// Of the squared magnitudes, the general rules of complex products for infinities are not
+// needed: samples are finite, and so are their powers.
+template <typename Real>
+Real squaredMagnitude(Real re, Real im) {
+  return re * re + im * im;
+}
+
+// One frame, from its samples to its powers.
+DoubleSplitComplex transformFrame(const float* samples, const double* window, LirvoxAudioFFT& fft,
+                                  double* out) {
+  std::array<double, kFrame> frame;
+  for (std::size_t k = 0; k < kFrame; ++k) frame[k] = window[k] * static_cast<double>(samples[k]);
+  const DoubleSplitComplex spectrum = fft.fft(frame.data(), kLogFrame);
+  for (std::size_t b = 0; b < kBins; ++b) {
+    out[b] = squaredMagnitude(spectrum.realp[b], spectrum.imagp[b]);
+  }
+  return spectrum;
+}
+
+// Two frames, the second `hop` samples after the first. Nearly twice as fast, and equal to the bit.
+void transformPair(const float* samples, std::size_t hop, const double* window, LirvoxAudioFFT& fft,
+                   double* out) {
+  std::array<double, kLanes * kFrame> pair;
+  for (std::size_t k = 0; k < kFrame; ++k) {
+    pair[kLanes * k] = window[k] * static_cast<double>(samples[k]);
+    pair[kLanes * k + 1] = window[k] * static_cast<double>(samples[k + hop]);
+  }
+  const DoubleSplitComplex spectra = fft.fftOfPair(pair.data());
+  for (std::size_t b = 0; b < kBins; ++b) {
+    const Lanes power = squaredMagnitude(load<Lanes>(spectra.realp + kLanes * b),
+                                         load<Lanes>(spectra.imagp + kLanes * b));
+    out[b] = power[0];
+    out[b + kBins] = power[1];
   }
 }
 
@@ -34,17 +67,19 @@ std::int32_t shiftInSamples(std::int32_t s) {
 void appendPowerFrames(const float* samples, std::int32_t first, std::int32_t last,
                        LirvoxAudioFFT& fft, Spectrogram& specgram,
                        DoubleSplitComplex& lastSpectrum) {
-  const std::vector<double>& window = analysisWindow();
-  const auto logSize =
-      static_cast<int>(std::log2(static_cast<float>(LirvoxSettings::settingNFFT())));
-  const std::int32_t hop = LirvoxSettings::settingChunkSize() / 2;
-  std::vector<double> frame(window.size());
+  const double* const window = analysisWindow().data();
+  const auto hop = static_cast<std::size_t>(LirvoxSettings::settingChunkSize() / 2);
+  const auto count = static_cast<std::size_t>(last - first);
+  samples += static_cast<std::size_t>(first) * hop;
   double* out = specgram.appendFrames(last - first);
-  for (std::int32_t f = first; f < last; ++f, out += specgram.binCount()) {
-    std::transform(window.begin(), window.end(), samples + f * hop, frame.begin(),
-                   [](double w, float sample) { return w * static_cast<double>(sample); });
-    lastSpectrum = fft.fft(frame.data(), logSize);
-    power(lastSpectrum, specgram.binCount(), out);
+  std::size_t f = 0;
+  for (; f + kLanes <= count; f += kLanes) {
+    transformPair(samples + f * hop, hop, window, fft, out + f * kBins);
+  }
+  if (f < count) {
+    lastSpectrum = transformFrame(samples + f * hop, window, fft, out + f * kBins);
+  } else if (count > 0) {
+    lastSpectrum = fft.spectrumOfPair(kLanes - 1);
   }
 }
 

@@ -2,11 +2,11 @@
 #include "lib/LirvoxUtilities.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdlib>
 
 #include "lib/LirvoxMiniSpectogram.h"
 #include "lib/LirvoxSettings.h"
+#include "lib/Trigonometry.h"
 
 namespace lirvox {
 namespace {
@@ -58,7 +58,7 @@ std::vector<double> LirvoxUtilities::hanning(std::uint32_t n) {
   constexpr double kTwoPi = 6.283185307179586;
   std::vector<double> window(n);
   for (std::uint32_t i = 0; i < n; ++i) {
-    window[i] = 0.5 - 0.5 * std::cos(kTwoPi * i / (n - 1));
+    window[i] = 0.5 - 0.5 * cosine(kTwoPi * i / (n - 1));
   }
   return window;
 }

@@ -3,176 +3,168 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstddef>
-#include <numeric>
 
 #include "lib/Filter.h"
+#include "lib/Lanes.h"
 #include "lib/LirvoxSettings.h"
+#include "lib/Logarithm.h"
+#include "lib/PeakPickingThreshold.h"
 #include "lib/Window.h"
 
 namespace lirvox {
 namespace {
 
-constexpr std::size_t kBins = 256;
-constexpr std::size_t kPeaksPerFrame = 5;
 constexpr std::int32_t kFramesOfFirstEnvelope = 10;
 constexpr double kDynamicRange = 1e6;
-constexpr float kSpreadingWidthInBins = 30.0F;
-constexpr double kDecay = 0.995132369029;
 
-using Column = std::array<double, kBins>;
+// Frames that one stage hands to the next while they are in the processor's cache. The
+// first of them must hold the frames of the first envelope.
+constexpr std::int32_t kFramesAtOnce = 32;
+static_assert(kFramesAtOnce >= kFramesOfFirstEnvelope);
 
-// A Gaussian around index 256, rounded to single precision as the format wants it.
-const std::array<double, 2 * kBins + 1>& spreadingKernel() {
-  static const auto kernel = [] {
-    std::array<double, 2 * kBins + 1> values{};
-    for (std::size_t j = 0; j < values.size(); ++j) {
-      const double distance =
-          (static_cast<double>(j) - static_cast<double>(kBins)) / kSpreadingWidthInBins;
-      values[j] = static_cast<float>(std::exp(-0.5 * distance * distance));
-    }
-    return values;
-  }();
-  return kernel;
-}
-
-// Of two equal neighbours the upper one is the maximum.
-bool isLocalMaximum(const double* v, std::size_t i) {
-  return (i == 0 || v[i] >= v[i - 1]) && (i == kBins - 1 || v[i + 1] < v[i]);
-}
-
-struct Candidate {
-  std::size_t bin;
-  double value;
-};
-
-// The masking threshold of the forward pass.
-class Threshold {
- public:
-  void lift(const Candidate& peak) {
-    const double* const kernel = spreadingKernel().data() + kBins - peak.bin;
-    for (std::size_t k = 0; k < kBins; ++k) {
-      values_[k] = std::max(values_[k], kernel[k] * peak.value);
+double largestOf(const double* values, std::size_t count) {
+  constexpr std::size_t kStep = 4 * kLanes;
+  std::array<double, kStep> largest{};
+  std::size_t i = 0;
+  for (; i + kStep <= count; i += kStep) {
+    for (std::size_t k = 0; k < kStep; k += kLanes) {
+      store(larger(load<Lanes>(&largest[k]), load<Lanes>(values + i + k)), &largest[k]);
     }
   }
+  for (; i < count; ++i) largest[0] = std::max(largest[0], values[i]);
+  return *std::max_element(largest.begin(), largest.end());
+}
 
-  void decay() {
-    for (double& value : values_) value *= kDecay;
+// Scales to a density and returns the largest value, at least 0.
+double scaleAndFindLargest(Spectrogram& specgram) {
+  const double once = 1.0 / (analysisWindowEnergy() * LirvoxSettings::settingSampleRate());
+  const double twice = 2.0 * once;
+  const std::size_t last = specgram.binCount() - 1;
+  double largest = 0.0;
+  for (std::int32_t t = 0; t < specgram.frameCount(); ++t) {
+    double* const values = specgram.frame(t);
+    // DC and Nyquist have no mirror image, all others count twice.
+    values[0] *= once;
+    for (std::size_t b = 1; b < last; ++b) values[b] *= twice;
+    values[last] *= once;
+    largest = std::max(largest, largestOf(values, specgram.binCount()));
   }
+  return largest;
+}
 
-  double operator[](std::size_t bin) const { return values_[bin]; }
+// Takes the logarithms, given the largest value, and returns their mean. Of silence there
+// is nothing to take, and its mean is 0.
+double takeLogarithmsBelow(double largest, std::vector<double>& values) {
+  if (!(largest > 0.0)) return 0.0;
+  return takeLogarithms(values.data(), values.size(), largest / kDynamicRange) /
+         static_cast<double>(values.size());
+}
 
- private:
-  Column values_{};
-};
+void subtract(double mean, double* values, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) values[i] -= mean;
+}
 
 // The threshold that the first frames leave behind.
-Threshold initialThreshold(const Spectrogram& filtered) {
-  Threshold threshold;
-  if (filtered.frameCount() == 0) return threshold;
-  Column envelope;
-  std::copy_n(filtered.frame(0), kBins, envelope.begin());
+PeakPickingThreshold initialThreshold(const Spectrogram& filtered) {
+  PeakPickingThreshold threshold;
+  std::array<double, PeakPickingThreshold::kBins> envelope;
+  std::copy_n(filtered.frame(0), envelope.size(), envelope.begin());
   for (std::int32_t t = 1; t < std::min(kFramesOfFirstEnvelope, filtered.frameCount()); ++t) {
-    for (std::size_t b = 0; b < kBins; ++b) {
-      envelope[b] = std::max(envelope[b], filtered.frame(t)[b]);
+    const double* const column = filtered.frame(t);
+    for (std::size_t b = 0; b < envelope.size(); ++b) {
+      envelope[b] = std::max(envelope[b], column[b]);
     }
   }
-  for (std::size_t b = 0; b < kBins; ++b) {
-    if (isLocalMaximum(envelope.data(), b)) threshold.lift({b, envelope[b]});
+  for (std::size_t b = 0; b < envelope.size(); ++b) {
+    if (PeakPickingThreshold::isLocalMaximum(envelope.data(), b)) threshold.lift(b, envelope[b]);
   }
   return threshold;
 }
 
-// The strongest local maxima of a frame above the threshold. Where values are equal,
-// the lower bin goes first: any order would do, as long as it is always the same.
-std::vector<Candidate> strongestAbove(const Threshold& threshold, const double* column) {
-  std::vector<Candidate> candidates;
-  for (std::size_t b = 0; b < kBins; ++b) {
-    if (column[b] > threshold[b] && isLocalMaximum(column, b)) candidates.push_back({b, column[b]});
+// Appends the peaks of frame t.
+void pickFrame(const double* column, std::int32_t t, PeakPickingThreshold& threshold,
+               std::vector<PickedPeak>& peaks) {
+  const auto firstOfFrame = static_cast<std::ptrdiff_t>(peaks.size());
+  for (const auto& [bin, excess] : threshold.accept(column)) {
+    peaks.push_back({{t, static_cast<std::int32_t>(bin)}, excess});
   }
-  const std::size_t kept = std::min(kPeaksPerFrame, candidates.size());
-  std::partial_sort(candidates.begin(), candidates.begin() + static_cast<std::ptrdiff_t>(kept),
-                    candidates.end(), [](const Candidate& a, const Candidate& b) {
-                      return a.value != b.value ? a.value > b.value : a.bin < b.bin;
-                    });
-  candidates.resize(kept);
-  return candidates;
+  std::sort(peaks.begin() + firstOfFrame, peaks.end(),
+            [](const PickedPeak& a, const PickedPeak& b) { return a.peak.bin < b.peak.bin; });
+  threshold.decay();
+}
+
+// Picks the peaks of a spectrogram, a few frames of which `filter(first, last)` makes
+// ready at a time.
+template <typename Filter>
+std::vector<PickedPeak> pickPeaksAfter(Filter filter, const Spectrogram& specgram) {
+  std::vector<PickedPeak> peaks;
+  PeakPickingThreshold threshold;
+  for (std::int32_t first = 0; first < specgram.frameCount(); first += kFramesAtOnce) {
+    const std::int32_t last = std::min(first + kFramesAtOnce, specgram.frameCount());
+    filter(first, last);
+    if (first == 0) threshold = initialThreshold(specgram);
+    for (std::int32_t t = first; t < last; ++t) pickFrame(specgram.frame(t), t, threshold, peaks);
+  }
+  return peaks;
+}
+
+// All stages that follow the scaling, in the memory of `density`.
+std::vector<PickedPeak> findPeaksOfDensity(Spectrogram& density, double largest) {
+  const double mean = takeLogarithmsBelow(largest, density.values());
+  const std::size_t bins = density.binCount();
+  HighPass filter(PeakPickingThreshold::kBins);
+  return pickPeaksAfter(
+      [&](std::int32_t first, std::int32_t last) {
+        const auto count = static_cast<std::size_t>(last - first);
+        double* const values = density.frame(first);
+        subtract(mean, values, count * bins);
+        filter.apply(values, count, values, bins);
+      },
+      density);
+}
+
+std::vector<Peak> withoutStrengths(const std::vector<PickedPeak>& picked) {
+  std::vector<Peak> peaks;
+  peaks.reserve(picked.size());
+  for (const PickedPeak& one : picked) peaks.push_back(one.peak);
+  return peaks;
 }
 
 }  // namespace
 
 void scaleToDensity(Spectrogram& specgram) {
-  const double energy = analysisWindowEnergy();
-  const double sampleRate = LirvoxSettings::settingSampleRate();
-  const std::size_t last = specgram.binCount() - 1;
-  for (std::int32_t t = 0; t < specgram.frameCount(); ++t) {
-    double* const values = specgram.frame(t);
-    // DC and Nyquist have no mirror image, all others count twice.
-    values[0] = values[0] / energy / sampleRate;
-    for (std::size_t b = 1; b < last; ++b) values[b] = values[b] / energy * 2.0 / sampleRate;
-    values[last] = values[last] / energy / sampleRate;
-  }
+  scaleAndFindLargest(specgram);
 }
 
 void takeLogarithm(Spectrogram& specgram) {
   std::vector<double>& values = specgram.values();
-  const double largest = std::accumulate(values.begin(), values.end(), 0.0,
-                                         [](double a, double b) { return std::max(a, b); });
-  if (largest > 0.0) {
-    const double floor = largest / kDynamicRange;
-    for (double& value : values) value = std::log(std::max(value, floor));
-  }
-  if (values.empty()) return;
-  const double mean =
-      std::accumulate(values.begin(), values.end(), 0.0) / static_cast<double>(values.size());
-  for (double& value : values) value -= mean;
+  const double mean = takeLogarithmsBelow(largestOf(values.data(), values.size()), values);
+  subtract(mean, values.data(), values.size());
 }
 
 void highPass(Spectrogram& specgram) {
   double* const values = specgram.values().data();
   lfilter(values, static_cast<std::size_t>(specgram.frameCount()), values, specgram.binCount(),
-          kBins);
+          PeakPickingThreshold::kBins);
 }
 
 std::vector<PickedPeak> pickPeaksWithStrength(const Spectrogram& filtered) {
-  std::vector<PickedPeak> peaks;
-  Threshold threshold = initialThreshold(filtered);
-  for (std::int32_t t = 0; t < filtered.frameCount(); ++t) {
-    const auto firstOfFrame = static_cast<std::ptrdiff_t>(peaks.size());
-    // The list is fixed before the first of its peaks lifts the threshold: a later one
-    // is not tested again.
-    const std::vector<Candidate> accepted = strongestAbove(threshold, filtered.frame(t));
-    for (const Candidate& peak : accepted) {
-      peaks.push_back({{t, static_cast<std::int32_t>(peak.bin)}, peak.value - threshold[peak.bin]});
-    }
-    for (const Candidate& peak : accepted) threshold.lift(peak);
-    std::sort(peaks.begin() + firstOfFrame, peaks.end(),
-              [](const PickedPeak& a, const PickedPeak& b) { return a.peak.bin < b.peak.bin; });
-    threshold.decay();
-  }
-  return peaks;
+  return pickPeaksAfter([](std::int32_t, std::int32_t) {}, filtered);
 }
 
 std::vector<Peak> pickPeaks(const Spectrogram& filtered) {
-  std::vector<Peak> peaks;
-  for (const PickedPeak& picked : pickPeaksWithStrength(filtered)) peaks.push_back(picked.peak);
-  return peaks;
+  return withoutStrengths(pickPeaksWithStrength(filtered));
 }
 
 std::vector<PickedPeak> findPeaksWithStrength(Spectrogram&& power) {
-  scaleToDensity(power);
-  takeLogarithm(power);
-  highPass(power);
-  return pickPeaksWithStrength(power);
+  return findPeaksOfDensity(power, scaleAndFindLargest(power));
 }
 
 std::vector<Peak> findPeaks(Spectrogram& power) {
-  scaleToDensity(power);
-  Spectrogram work = power;
-  takeLogarithm(work);
-  highPass(work);
-  return pickPeaks(work);
+  const double largest = scaleAndFindLargest(power);
+  Spectrogram density = power;
+  return withoutStrengths(findPeaksOfDensity(density, largest));
 }
 
 }  // namespace lirvox

@@ -35,7 +35,8 @@ class LIRVOX_EXPORT Spectrogram {
   /// The room grows by doubling: a recording of any length costs linear time.
   double* appendFrames(std::int32_t count);
 
-  /// Removes all frames and gives their memory back.
+  /// Removes all frames and gives their memory back, except as much as a capture of the
+  /// default length needs: the next one finds it ready.
   void clear();
 
  private:

@@ -1,0 +1,130 @@
+// A database of plausible rows for benchmarks.
+#include "bench/GeneratedDatabase.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <random>
+#include <set>
+#include <tuple>
+#include <utility>
+
+#include <SQLiteCpp/SQLiteCpp.h>
+#include <SQLiteCpp/VariadicBind.h>
+
+#include "bench/ChipTune.h"
+#include "catalog/TrackFingerprinter.h"
+#include "lib/LirvoxMiniSpectogram.h"
+#include "lib/LirvoxRecognize.h"
+#include "lib/LirvoxUtilities.h"
+
+namespace lirvox::bench {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kSampleRate = 11025;
+constexpr std::size_t kTrackInSamples = 240 * kSampleRate;
+constexpr std::size_t kBlock = 2560;
+constexpr std::uint32_t kTunes = 12;
+constexpr std::int32_t kTargetBits = 12;  // of a hash: what lies below the anchor's bin
+constexpr std::int32_t kLastBin = 255;
+
+struct Row {
+  std::int32_t track;
+  QueryHash query;
+};
+
+std::size_t wantedRows() {
+  const char* const text = std::getenv("LIRVOX_BENCH_ROWS");
+  return text ? std::strtoull(text, nullptr, 10) : 2'000'000;
+}
+
+std::vector<QueryHash> fingerprint(std::uint32_t seed) {
+  catalog::TrackFingerprinter fingerprinter({.alignments = 2, .rowsPerHour = 0});
+  const std::vector<std::int32_t> words = chipTune(seed, kTrackInSamples);
+  fingerprinter.add(words.data(), words.size());
+  return fingerprinter.finish();
+}
+
+// The first tracks are the tunes, the others copies of them moved in frequency.
+std::vector<Row> makeRows(std::size_t wanted) {
+  std::vector<std::vector<QueryHash>> tunes;
+  for (std::uint32_t seed = 1; seed <= kTunes; ++seed) tunes.push_back(fingerprint(seed));
+  std::vector<Row> rows;
+  std::mt19937 random(1);
+  for (std::int32_t track = 1; rows.size() < wanted; ++track) {
+    const auto number = static_cast<std::uint32_t>(track - 1);
+    const auto shift = number < kTunes ? 0 : static_cast<std::int32_t>(random() % 64) - 32;
+    for (const QueryHash& query : tunes[number % kTunes]) {
+      const std::int32_t bin = (query.hash >> kTargetBits) + shift;
+      if (bin < 0 || bin > kLastBin) continue;
+      // Copies differ in time too, or all of them would vote for the same offset.
+      const auto time = number < kTunes ? query.time : static_cast<std::int32_t>(random() % 10000);
+      rows.push_back({track, {time, query.hash + (shift << kTargetBits)}});
+    }
+  }
+  rows.resize(wanted);
+  std::sort(rows.begin(), rows.end(), [](const Row& a, const Row& b) {
+    return std::tie(a.query.hash, a.track, a.query.time) <
+           std::tie(b.query.hash, b.track, b.query.time);
+  });
+  return rows;
+}
+
+void write(const std::string& path, const std::vector<Row>& rows) {
+  SQLite::Database file(path, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+  SQLite::Transaction transaction(file);
+  file.exec(
+      "CREATE TABLE db(track_id, num1, num2, PRIMARY KEY(num2, track_id, num1))"
+      " WITHOUT ROWID");
+  SQLite::Statement insert(file, "INSERT OR IGNORE INTO db VALUES(?, ?, ?)");
+  for (const auto& [track, query] : rows) {
+    SQLite::bind(insert, track, query.time, query.hash);
+    insert.exec();
+    insert.reset();
+  }
+  transaction.commit();
+}
+
+std::vector<QueryHash> captureOfTrackOne() {
+  const std::vector<float> samples = chipTuneSamples(1, kTrackInSamples);
+  const std::size_t begin = 100 * kSampleRate;
+  LirvoxAudioFFT fft;
+  const auto history = LirvoxUtilities::initHistoryInfo();
+  for (std::size_t at = begin; at + kBlock <= begin + 5 * kSampleRate; at += kBlock) {
+    LirvoxMiniSpectogram::do_4_mini_specgrams(samples.data() + at, fft, *history);
+  }
+  return LirvoxRecognize::queryHashes(*history);
+}
+
+}  // namespace
+
+const GeneratedDatabase& GeneratedDatabase::shared() {
+  static const GeneratedDatabase database;
+  return database;
+}
+
+GeneratedDatabase::GeneratedDatabase() : query_(captureOfTrackOne()) {
+  const std::size_t rows = wantedRows();
+  path_ = fs::temp_directory_path() / ("lirvox-bench-" + std::to_string(rows) + ".sqlite");
+  if (fs::exists(path_)) return;
+  const std::string unfinished = path_ + ".part";
+  fs::remove(unfinished);
+  write(unfinished, makeRows(rows));
+  fs::rename(unfinished, path_);
+}
+
+std::string GeneratedDatabase::statement() const {
+  std::set<std::pair<std::int32_t, std::int32_t>> pairs;
+  for (const QueryHash& query : query_) pairs.emplace(query.hash, query.time);
+  std::string list;
+  for (const auto& [hash, time] : pairs) {
+    if (!list.empty()) list += ',';
+    list += std::to_string(hash);
+  }
+  return "SELECT track_id AS id, num1 AS  time_in_track, num2 AS hash FROM db WHERE num2 IN (" +
+         list + ")";
+}
+
+}  // namespace lirvox::bench
