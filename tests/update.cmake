@@ -16,3 +16,10 @@ add_dependencies(LoopbackUpdateTest UpdateChild)
 target_compile_definitions(LoopbackUpdateTest PRIVATE
   LIRVOX_UPDATE_CHILD="$<TARGET_FILE:UpdateChild>")
 target_link_libraries(LoopbackUpdateTest PRIVATE ZLIB::ZLIB)
+
+lirvox_test(PublishTest)
+target_link_libraries(PublishTest PRIVATE lirvox_catalog nlohmann_json::nlohmann_json)
+lirvox_test(NginxTest THREADS)
+target_link_libraries(NginxTest PRIVATE lirvox_catalog)
+target_compile_definitions(NginxTest PRIVATE
+  LIRVOX_SERVICE_DOCUMENTATION="${PROJECT_SOURCE_DIR}/docs/service.md")
