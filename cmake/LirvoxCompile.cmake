@@ -17,9 +17,11 @@ function(lirvox_compile_options target)
     $<$<BOOL:${LIRVOX_WARNINGS_AS_ERRORS}>:-Werror>)
   if(LIRVOX_SANITIZE)
     target_compile_options(${target} PRIVATE -fsanitize=${LIRVOX_SANITIZE} -fno-omit-frame-pointer
-      -fno-sanitize-recover=all
+      -fno-sanitize-recover=all)
+    if(LIRVOX_SANITIZE STREQUAL "thread")
       # Asio has fences, which ThreadSanitizer does not see; it sees the locks beside them.
-      $<$<AND:$<CXX_COMPILER_ID:GNU>,$<STREQUAL:${LIRVOX_SANITIZE},thread>>:-Wno-tsan>)
+      target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-tsan>)
+    endif()
     target_link_options(${target} PUBLIC -fsanitize=${LIRVOX_SANITIZE})
   endif()
   if(LIRVOX_SANITIZE MATCHES thread AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")

@@ -17,8 +17,6 @@
 namespace lirvox::test {
 namespace {
 
-using Files = std::map<std::string, std::string>;
-
 std::string nested(int levels) {
   std::string archive = zipBytes({{"core", "x"}});
   for (int i = 0; i < levels; ++i)

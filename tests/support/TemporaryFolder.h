@@ -27,7 +27,8 @@ std::string readFile(const std::filesystem::path& path);
 /// Writes a file, and the folders above it.
 void writeFile(const std::filesystem::path& path, const std::string& content);
 
+using Files = std::map<std::string, std::string>;
 /// Everything below a folder: relative name to content; folders end in "/", links in "@".
-std::map<std::string, std::string> contents(const std::filesystem::path& folder);
+Files contents(const std::filesystem::path& folder);
 
 }  // namespace lirvox::test

@@ -4,6 +4,8 @@
 #include <string>
 #include <utility>
 
+#include "lib/platform/linux/JsonUserDefaults.h"
+
 namespace lirvox::test {
 namespace {
 
@@ -28,6 +30,8 @@ TestPlatform::TestPlatform() : previous_(platform::current()) {
   services.clock = scheduler.clock();
   services.log = log;
   services.directories = std::make_shared<FixedDirectories>(folder);
+  services.userDefaults =
+      std::make_shared<platform::JsonUserDefaults>(folder.path("configuration/defaults.json"));
   platform::install(std::move(services));
 }
 

@@ -1,0 +1,101 @@
+// The database as devices get it.
+#include "catalog/DeviceDatabase.h"
+
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string_view>
+#include <system_error>
+#include <vector>
+
+#include <SQLiteCpp/SQLiteCpp.h>
+
+#include "catalog/CatalogFile.h"
+
+namespace lirvox::catalog {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Not a catalogue, which could be added to ("Lrvd").
+constexpr int kDeviceApplicationId = 0x4C727664;
+
+// Clustered as a catalogue is. Written in order, pages are full and the bytes depend on
+// the content alone.
+constexpr const char* kTables = R"(
+  CREATE TABLE db(track_id INTEGER NOT NULL, num1 INTEGER NOT NULL, num2 INTEGER NOT NULL,
+                  PRIMARY KEY(num2, track_id, num1)) WITHOUT ROWID;
+  CREATE TABLE tracks(track_id INTEGER PRIMARY KEY, title TEXT NOT NULL, artist TEXT NOT NULL,
+                      path TEXT NOT NULL, duration REAL NOT NULL);
+)";
+constexpr const char* kCopyRows = R"(
+  INSERT OR IGNORE INTO db(track_id, num1, num2)
+  SELECT track_id, num1, num2 FROM original.db ORDER BY num2, track_id, num1)";
+constexpr const char* kCopyTracks = R"(
+  INSERT INTO tracks(track_id, title, artist, path, duration)
+  SELECT track_id, title, artist, '', duration FROM original.tracks ORDER BY track_id)";
+
+void copy(const std::string& original, const std::string& path) {
+  SQLite::Database device(path, SQLite::OPEN_READWRITE);
+  // A file that nobody knows of yet needs no journal.
+  device.exec("PRAGMA journal_mode = OFF");
+  device.exec("PRAGMA synchronous = OFF");
+  device.exec("PRAGMA application_id = " + std::to_string(kDeviceApplicationId));
+  device.exec("PRAGMA user_version = " + std::to_string(kUserVersion));
+  SQLite::Statement attach(device, "ATTACH ? AS original");
+  attach.bind(1, original);
+  attach.exec();
+  SQLite::Transaction transaction(device);
+  device.exec(kTables);
+  device.exec(kCopyRows);
+  const bool named =
+      device.execAndGet("SELECT count(*) FROM original.sqlite_master WHERE name = 'tracks'")
+          .getInt() > 0;
+  if (named) device.exec(kCopyTracks);
+  transaction.commit();
+}
+
+// The 64-bit FNV-1a hash. Nobody gains by making two databases with one stamp.
+class ContentHash {
+ public:
+  void add(std::string_view bytes) {
+    for (const char byte : bytes) {
+      value_ = (value_ ^ static_cast<unsigned char>(byte)) * 0x100000001b3ULL;
+    }
+  }
+  std::string digits() const {
+    std::array<char, 17> text{};
+    std::snprintf(text.data(), text.size(), "%016llx", static_cast<unsigned long long>(value_));
+    return text.data();
+  }
+
+ private:
+  std::uint64_t value_ = 0xcbf29ce484222325ULL;
+};
+
+}  // namespace
+
+DeviceDatabase::DeviceDatabase(const std::string& original, const std::string& folder) {
+  // Attaching would make a missing file.
+  if (!fs::is_regular_file(original)) throw CatalogError(original + ": no such database");
+  std::error_code error;
+  file_ = platform::TemporaryFile::createIn(folder, error);
+  if (error) throw CatalogError(folder + ": " + error.message());
+  path_ = folder + '/' + file_.name();
+  naming(original, [&] { copy(original, path_); });
+}
+
+std::string DeviceDatabase::stamp(const std::string& salt) const {
+  ContentHash hash;
+  hash.add(salt);
+  std::ifstream file(path_, std::ios::binary);
+  std::vector<char> chunk(std::size_t{1} << 20);
+  while (file.read(chunk.data(), static_cast<std::streamsize>(chunk.size())), file.gcount() > 0) {
+    hash.add({chunk.data(), static_cast<std::size_t>(file.gcount())});
+  }
+  return hash.digits();
+}
+
+}  // namespace lirvox::catalog

@@ -1,0 +1,93 @@
+// Installing the fingerprint database from an archive.
+#include "lib/DatabaseInstallation.h"
+
+#include <filesystem>
+#include <system_error>
+
+#include <sqlite3.h>
+
+#include "lib/LirvoxSettings.h"
+#include "lib/ZipArchive/ZipArchive.h"
+#include "lib/platform/Platform.h"
+#include "lib/platform/TemporaryFile.h"
+
+namespace lirvox {
+namespace {
+
+bool exists(const std::string& path) {
+  std::error_code ignored;
+  return std::filesystem::exists(path, ignored);
+}
+
+// SQLite reads a file when it is first used: what counts as open may still be no
+// database. That is meant; a lookup then finds nothing.
+bool databaseOpens(const std::string& path) {
+  sqlite3* database = nullptr;
+  const bool opened = sqlite3_open(path.c_str(), &database) == SQLITE_OK;
+  if (!opened) platform::log("Failed to open database!");
+  sqlite3_close(database);
+  return opened;
+}
+
+void report(const std::string& path, const std::error_code& error) {
+  platform::log(path + ": " + error.message());
+}
+
+// The live file is removed first, as is meant: until the copy is complete there is no
+// database, rather than an old one under a new stamp. Whatever happens in between,
+// the next check finds no file and downloads again.
+std::optional<bool> replaceLiveDatabase(const DatabaseLocations& at) {
+  std::error_code ignored;
+  std::filesystem::remove(at.liveDatabase, ignored);
+  // The folder is not made: who never prepared it gets no database over the network.
+  const std::error_code error = platform::copyWholeFile(at.extractedDatabase, at.liveDatabase);
+  if (error) report(at.liveDatabase, error);
+  return error ? std::nullopt : std::optional(databaseOpens(at.liveDatabase));
+}
+
+}  // namespace
+
+DatabaseLocations::DatabaseLocations()
+    : cachesRoot(platform::current()->directories->cachesDirectory()),
+      downloadArchive(cachesRoot + "/tmp.zip"),
+      scratchFolder(cachesRoot + "/home"),
+      extractedDatabase(scratchFolder + '/' + LirvoxSettings::serviceHostFolder() +
+                        "/www/tmp/db1.sqlite"),
+      sdkFolder(cachesRoot + "/lirvox"),
+      liveDatabase(LirvoxSettings::databasePath()) {}
+
+std::optional<bool> installDownloadedArchive(const std::string& downloadedFile) {
+  const DatabaseLocations at;
+  std::error_code ignored;
+  std::filesystem::create_directories(at.cachesRoot, ignored);
+  platform::removeAbandonedFiles(at.cachesRoot);
+  platform::removeAbandonedFiles(at.sdkFolder);
+  if (const auto error = platform::copyWholeFile(downloadedFile, at.downloadArchive)) {
+    report(at.downloadArchive, error);
+    return std::nullopt;
+  }
+  // On these two ways out the archive stays, and what was unpacked, for whoever wants
+  // to know why.
+  if (!ZipArchive::unzipFileAtPath(at.downloadArchive, at.cachesRoot)) return std::nullopt;
+  if (!exists(at.extractedDatabase)) return std::nullopt;
+
+  const std::optional<bool> opened = replaceLiveDatabase(at);
+  std::filesystem::remove_all(at.scratchFolder, ignored);
+  std::filesystem::remove(at.downloadArchive, ignored);
+  return opened;
+}
+
+bool installLocalArchive(const std::string& archive) {
+  if (!exists(archive)) {
+    platform::log("Lirvox: File does not exist");
+    return false;
+  }
+  const DatabaseLocations at;
+  platform::removeAbandonedFiles(at.sdkFolder);
+  const bool installed =
+      ZipArchive::unzipFileAtPath(archive, at.sdkFolder) && exists(at.sdkFolder + "/db1.sqlite");
+  if (!installed) platform::log("Lirvox: Wrong file format!");
+  return installed;
+}
+
+}  // namespace lirvox
