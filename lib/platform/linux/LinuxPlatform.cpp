@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "lib/platform/Platform.h"
+#include "lib/platform/PulseAudio.h"
 #include "lib/platform/linux/AsioTaskQueues.h"
 #include "lib/platform/linux/CurlHttpSession.h"
 #include "lib/platform/linux/JsonUserDefaults.h"
@@ -53,6 +54,11 @@ Platform systemPlatform(const std::string& applicationName) {
     return std::make_shared<CurlHttpSession>(configuration, makeQueue("lirvox-http"), folder);
   };
   platform.audioSession = std::make_shared<NullAudioSession>();
+#if LIRVOX_WITH_PULSE
+  PulseAudioNames names;
+  names.application = name;
+  usePulseAudio(platform, names);
+#endif
   platform.makeAudioConverter = makePcmConverter;
   return platform;
 }
