@@ -103,7 +103,7 @@ TEST(RenderPathTest, NeitherAllocatesNorLocksNorLogs) {
   audio.join();
   EXPECT_EQ(receiver->calls, 1024);
   EXPECT_EQ(receiver->last, 1024);
-  EXPECT_EQ(platform.log->lines.size(), 1U);
+  EXPECT_EQ(platform.log->lines().size(), 1U);
 }
 
 TEST(RenderPathTest, ResamplingAllocatesNothing) {
