@@ -27,7 +27,7 @@ class Threads {
   Threads(std::string name, unsigned count) : name_(std::move(name)), count_(count) {}
 
   ~Threads() {
-    context_.stop();
+    context_->stop();
     for (std::thread& thread : threads_) {
       // The last owner of a queue may be a task that runs on it.
       if (thread.get_id() == std::this_thread::get_id()) {
@@ -42,11 +42,11 @@ class Threads {
   Threads& operator=(const Threads&) = delete;
 
   // Starts no thread.
-  asio::io_context::executor_type executor() { return context_.get_executor(); }
+  asio::io_context::executor_type executor() { return context_->get_executor(); }
 
   asio::io_context& context() {
     std::call_once(started_, [this] { start(); });
-    return context_;
+    return *context_;
   }
 
  private:
@@ -57,7 +57,7 @@ class Threads {
     sigfillset(&all);
     pthread_sigmask(SIG_SETMASK, &all, &previous);
     for (unsigned i = 0; i < count_; ++i) {
-      threads_.emplace_back([this] { context_.run(); });
+      threads_.emplace_back([context = context_] { context->run(); });
       pthread_setname_np(threads_.back().native_handle(), name_.substr(0, 15).c_str());
     }
     pthread_sigmask(SIG_SETMASK, &previous, nullptr);
@@ -66,9 +66,10 @@ class Threads {
   const std::string name_;
   const unsigned count_;
   std::once_flag started_;
-  asio::io_context context_;
+  // Shared with its threads: one of them may be the one that destroys this object.
+  const std::shared_ptr<asio::io_context> context_ = std::make_shared<asio::io_context>();
   asio::executor_work_guard<asio::io_context::executor_type> keepRunning_ =
-      asio::make_work_guard(context_);
+      asio::make_work_guard(*context_);
   std::vector<std::thread> threads_;
 };
 
