@@ -1,8 +1,10 @@
 // The microphone on a real PulseAudio server.
+#include <atomic>
 #include <chrono>
 #include <cmath>
 #include <condition_variable>
 #include <cstring>
+#include <future>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -85,6 +87,13 @@ class Recorder : public LirvoxMicrophoneAudioDelegate {
   std::string device_;
 };
 
+class ChangeCounter : public platform::AudioSessionObserver {
+ public:
+  void audioSessionWasInterrupted(const platform::AudioSessionInterruption&) override {}
+  void audioSessionRouteChanged() override { ++changes; }
+  std::atomic<int> changes{0};
+};
+
 class PulseAudioTest : public testing::Test {
  protected:
   void SetUp() override {
@@ -108,6 +117,13 @@ class PulseAudioTest : public testing::Test {
     }
     ADD_FAILURE() << "no input " << name;
     return {};
+  }
+
+  // Until what waits on the main queue now has run.
+  static void runMainQueue() {
+    std::promise<void> run;
+    platform::current()->mainQueue->async([&] { run.set_value(); });
+    run.get_future().wait();
   }
 
   std::unique_ptr<test::PulseServer> server_;
@@ -195,6 +211,14 @@ TEST_F(PulseAudioTest, StopsWhenTheServerDies) {
   EXPECT_TRUE(recorder_->waitForPlaying(false));
   EXPECT_TRUE(recorder_->waitForDevice("none"));
   microphone->stopFetchingAudio();
+
+  // Looking for the server in vain is no news that makes anybody look again.
+  const auto counter = std::make_shared<ChangeCounter>();
+  runMainQueue();
+  session_->addObserver(counter);
+  EXPECT_TRUE(session_->availableInputs().empty());
+  runMainQueue();
+  EXPECT_EQ(counter->changes, 0);
 }
 
 TEST_F(PulseAudioTest, WaitsForNoFrozenServer) {
@@ -209,7 +233,7 @@ TEST_F(PulseAudioTest, WaitsForNoFrozenServer) {
 TEST_F(PulseAudioTest, StartsAndStopsAtAnyMoment) {
   const auto microphone = LirvoxMicrophone::microphoneWithDelegate(recorder_);
   std::mt19937 random(1);
-  for (int i = 0; i < 100; ++i) {
+  for (int i = 0; i < 500; ++i) {
     std::thread other([&, delay = random() % 3000] {
       std::this_thread::sleep_for(std::chrono::microseconds(delay));
       microphone->stopFetchingAudio();

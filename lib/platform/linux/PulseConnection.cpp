@@ -47,6 +47,7 @@ std::shared_ptr<PulseConnection> PulseConnection::open(const std::string& server
   }
   std::shared_ptr<PulseConnection> connection(
       new PulseConnection(loop, application, std::move(changed)), release);
+  pa_threaded_mainloop_set_name(loop, "lirvox-audio");
   if (connection->connect(server)) {
     connection->subscribe();
     return connection;
@@ -104,14 +105,16 @@ void PulseConnection::subscribe() {
 
 void PulseConnection::stateChanged() {
   const pa_context_state_t state = pa_context_get_state(context_);
-  const bool lost = !PA_CONTEXT_IS_GOOD(state);
-  if (state != PA_CONTEXT_READY && !lost) return;
+  const bool ready = state == PA_CONTEXT_READY;
+  if (!ready && PA_CONTEXT_IS_GOOD(state)) return;
   {
     const std::lock_guard lock(mutex_);
     settled_ = true;
     woken_.notify_all();
   }
-  if (lost) changed_();
+  // A server that was never reached has changed nothing: whoever is told of a change looks
+  // again, and would try to connect for ever.
+  if (std::exchange(wasReady_, ready)) changed_();
 }
 
 bool PulseConnection::isUp() const {

@@ -64,7 +64,8 @@ class PulseConnection {
   pa_context* const context_;
   std::mutex mutex_;  // with woken_, wakes those who wait for an answer
   std::condition_variable woken_;
-  bool settled_ = false;  // guarded by mutex_: connected, or refused
+  bool settled_ = false;   // guarded by mutex_: connected, or refused
+  bool wasReady_ = false;  // on the connection's thread
 };
 
 }  // namespace lirvox::platform
