@@ -21,5 +21,8 @@ install(FILES "${generated}/LirvoxConfig.cmake" "${generated}/LirvoxConfigVersio
 if(NOT BUILD_SHARED_LIBS)
   set(LIRVOX_PC_CFLAGS " -DLIRVOX_STATIC")
 endif()
+if(LIRVOX_WITH_PULSE)
+  set(LIRVOX_PC_PULSE "libpulse ")
+endif()
 configure_file("${PROJECT_SOURCE_DIR}/cmake/lirvox.pc.in" "${generated}/lirvox.pc" @ONLY)
 install(FILES "${generated}/lirvox.pc" DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -181,10 +181,11 @@ TEST_F(MicrophoneTest, StoresADeviceThatTheSessionRefuses) {
     session_.refusesDataSource = expected.refusesDataSource;
     session_.requests.clear();
     listener_->events.clear();
-    platform_.log->lines.clear();
+    const auto logged = static_cast<std::ptrdiff_t>(platform_.log->lines().size());
     microphone->setDevice(device);
     EXPECT_EQ(session_.requests, expected.requests);
-    EXPECT_EQ(platform_.log->lines, expected.log);
+    const Words log = platform_.log->lines();
+    EXPECT_EQ(Words(log.begin() + logged, log.end()), expected.log);
     EXPECT_EQ(microphone->device(), device);
     EXPECT_EQ(listener_->events, Words{"device usb"});
   }

@@ -7,6 +7,7 @@
 #include <pthread.h>
 
 #include "lib/audio/LirvoxMicrophone.h"
+#include "tests/support/PcmStream.h"
 #include "tests/support/ScriptedAudio.h"
 
 // The sanitizers bring allocators and locks of their own.
@@ -102,7 +103,29 @@ TEST(RenderPathTest, NeitherAllocatesNorLocksNorLogs) {
   audio.join();
   EXPECT_EQ(receiver->calls, 1024);
   EXPECT_EQ(receiver->last, 1024);
-  EXPECT_EQ(platform.log->lines.size(), 1U);
+  EXPECT_EQ(platform.log->lines().size(), 1U);
+}
+
+TEST(RenderPathTest, ResamplingAllocatesNothing) {
+  if (!LIRVOX_CAN_COUNT) GTEST_SKIP() << "the sanitizer replaces what is counted";
+  for (const double rate : {8000.0, 44100.0, 48000.0, 192000.0}) {
+    const auto from = test::pcm(rate, 2, 16, 4);
+    const auto to = test::pcm(11025, 1, 32, 12);
+    test::PcmStream input(from, static_cast<std::size_t>(rate * 10));
+    test::PcmStream output(to, 1024);
+    platform::AudioStatus status = 0;
+    const auto converter = platform::systemPlatform().makeAudioConverter(from, to, status);
+    auto list = output.list(0, 1024);
+    allocations = 0;
+    for (std::uint32_t i = 0; i < 200; ++i) {
+      std::uint32_t count = 1 + i * 617 % 1024;
+      list.buffers[0].dataByteSize = 4096;
+      counting = true;
+      converter->fillComplexBuffer(test::PcmStream::serve, &input, count, list, nullptr);
+      counting = false;
+    }
+    EXPECT_EQ(allocations, 0) << rate << " Hz";
+  }
 }
 
 }  // namespace

@@ -20,12 +20,13 @@ void check(AudioStatus status, const char* operation) {
   LirvoxAudioUtilities::checkResult(status, operation);
 }
 
-// Makes the device the session's input; what the session refuses is logged.
+// Makes the device the session's input; what the session refuses is logged. Without a port
+// there is nothing to ask for: a preference is not given up because its device went away.
 void selectInput(platform::AudioSession& session, const LirvoxAudioDevice& device) {
   LirvoxError error;
+  if (!device.port()) return;
   if (!session.setPreferredInput(device.port(), error)) {
-    const std::string port = device.port() ? device.port()->name : "(null)";
-    platform::log("Error (" + port + "): " + error.localizedDescription);
+    platform::log("Error (" + device.port()->name + "): " + error.localizedDescription);
   } else if (device.dataSource() && !session.setInputDataSource(*device.dataSource(), error)) {
     platform::log("Error: (" + device.dataSource()->name + "): " + error.localizedDescription);
   }

@@ -21,7 +21,8 @@ constexpr std::uint32_t audioUnitInputBus = 1;
 /// Threads: `render` belongs to the audio thread and may be called from inside
 /// the input callback only. All other operations may be called from any thread
 /// and are serialised by the unit; they may block for a short time, except where
-/// they say otherwise. No lock is held while the input callback runs that another
+/// they say otherwise; of these, only `stop` and the end of the unit's life may
+/// happen inside the callback. No lock is held while the input callback runs that another
 /// operation needs for anything but waiting for the callback's end.
 class LIRVOX_EXPORT AudioUnit {
  public:

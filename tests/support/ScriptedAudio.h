@@ -1,4 +1,4 @@
-// An audio unit, a session and a log whose behaviour a test writes down.
+// An audio unit and a session whose behaviour a test writes down.
 #pragma once
 
 #include <cstring>
@@ -6,11 +6,11 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "lib/platform/Platform.h"
+#include "tests/support/RecordedLog.h"
 
 namespace lirvox::test {
 
@@ -102,12 +102,6 @@ class ScriptedSession : public platform::NullAudioSession {
   std::string requests;
 };
 
-class RememberingLog : public platform::Log {
- public:
-  void write(std::string_view line) override { lines.emplace_back(line); }
-  std::vector<std::string> lines;
-};
-
 // Installs the scripted sound and log.
 struct ScriptedPlatform {
   ScriptedPlatform() {
@@ -125,7 +119,7 @@ struct ScriptedPlatform {
 
   const std::shared_ptr<AudioScript> script = std::make_shared<AudioScript>();
   const std::shared_ptr<ScriptedSession> session = std::make_shared<ScriptedSession>();
-  const std::shared_ptr<RememberingLog> log = std::make_shared<RememberingLog>();
+  const std::shared_ptr<RecordedLog> log = std::make_shared<RecordedLog>();
   ScriptedUnit* unit = nullptr;
 };
 

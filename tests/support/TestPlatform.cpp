@@ -29,6 +29,7 @@ TestPlatform::TestPlatform() : previous_(platform::current()) {
   services.makeSerialQueue = [queue = scheduler.queue()](const std::string&) { return queue; };
   services.clock = scheduler.clock();
   services.log = log;
+  services.audioSession = std::make_shared<platform::NullAudioSession>();
   services.directories = std::make_shared<FixedDirectories>(folder);
   services.userDefaults =
       std::make_shared<platform::JsonUserDefaults>(folder.path("configuration/defaults.json"));

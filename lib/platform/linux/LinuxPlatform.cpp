@@ -9,11 +9,12 @@
 
 #include <unistd.h>
 
-#include "lib/platform/EqualFormatConverter.h"
 #include "lib/platform/Platform.h"
+#include "lib/platform/PulseAudio.h"
 #include "lib/platform/linux/AsioTaskQueues.h"
 #include "lib/platform/linux/CurlHttpSession.h"
 #include "lib/platform/linux/JsonUserDefaults.h"
+#include "lib/platform/linux/PcmConverter.h"
 #include "lib/platform/linux/XdgDirectories.h"
 
 namespace lirvox::platform {
@@ -28,15 +29,6 @@ class StandardErrorLog : public Log {
  public:
   void write(std::string_view line) override { std::osyncstream(std::cerr) << line << '\n'; }
 };
-
-std::unique_ptr<AudioConverter> makeConverter(const AudioStreamBasicDescription& inputFormat,
-                                              const AudioStreamBasicDescription& outputFormat,
-                                              AudioStatus& status) {
-  const bool usable = inputFormat == outputFormat && inputFormat.bytesPerPacket > 0 &&
-                      inputFormat.channelsPerFrame > 0;
-  status = usable ? audioNoError : audioFormatError;
-  return usable ? std::make_unique<EqualFormatConverter>(inputFormat) : nullptr;
-}
 
 }  // namespace
 
@@ -62,7 +54,12 @@ Platform systemPlatform(const std::string& applicationName) {
     return std::make_shared<CurlHttpSession>(configuration, makeQueue("lirvox-http"), folder);
   };
   platform.audioSession = std::make_shared<NullAudioSession>();
-  platform.makeAudioConverter = makeConverter;
+#if LIRVOX_WITH_PULSE
+  PulseAudioNames names;
+  names.application = name;
+  usePulseAudio(platform, names);
+#endif
+  platform.makeAudioConverter = makePcmConverter;
   return platform;
 }
 

@@ -1,0 +1,171 @@
+// The system's converter between linear PCM formats.
+#include <cmath>
+#include <limits>
+#include <numbers>
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/PcmStream.h"
+
+namespace lirvox {
+namespace {
+
+using test::pcm;
+using test::PcmStream;
+
+constexpr std::uint32_t integers = 4;
+constexpr std::uint32_t floats = 1;
+constexpr std::uint32_t apart = 32;
+const auto recognizers = pcm(11025, 1, 32, integers | 8);
+
+PcmStream sine(double rate, double frequency, double seconds) {
+  PcmStream stream(pcm(rate, 1, 32, floats), static_cast<std::size_t>(rate * seconds));
+  for (std::size_t i = 0; i < stream.frames(); ++i) {
+    const double phase = 2 * std::numbers::pi * frequency * static_cast<double>(i) / rate;
+    stream.samples<float>()[i] = static_cast<float>(0.5 * std::sin(phase));
+  }
+  return stream;
+}
+
+// Power of what differs from the ideal sine, against the sine's, away from the ends; in dB.
+double errorOf(PcmStream& converted, double rate, double frequency, double amplitude) {
+  double error = 0;
+  const std::size_t edge = converted.frames() / 4;
+  const std::size_t end = converted.frames() - edge;
+  for (std::size_t i = edge; i < end; ++i) {
+    const double phase = 2 * std::numbers::pi * frequency * static_cast<double>(i) / rate;
+    const double value = converted.samples<std::int32_t>()[i] / 2147483648.0;
+    error += std::pow(value - amplitude * std::sin(phase), 2);
+  }
+  return 10 * std::log10(error / static_cast<double>(end - edge) / 0.125);
+}
+
+TEST(AudioConverterTest, KeepsEverySampleThroughEveryLayout) {
+  const auto first = pcm(11025, 2, 16, integers);
+  PcmStream stream(first, 65536);
+  for (int i = 0; i < 131072; ++i) stream.samples<std::int16_t>()[i] = static_cast<std::int16_t>(i);
+  for (const auto& layout : {pcm(11025, 2, 16, integers | apart), pcm(11025, 2, 24, integers | 8),
+                             pcm(11025, 2, 24, integers | apart, 4), pcm(11025, 2, 32, integers),
+                             pcm(11025, 2, 32, floats | apart), pcm(11025, 2, 64, floats),
+                             pcm(11025, 5, 32, integers | apart), first}) {
+    PcmStream there = stream.convertedTo(first, layout);
+    EXPECT_TRUE(there.convertedTo(layout, first) == stream) << layout.bitsPerChannel << " bits";
+  }
+}
+
+TEST(AudioConverterTest, WidensIntegersWithoutAChangeOfValue) {
+  PcmStream stream(pcm(11025, 1, 24, integers), 2);
+  std::memcpy(stream.samples<char>(), "\xFE\xFF\xFF\x00\x00\x80", 6);
+  PcmStream wide = stream.convertedTo(pcm(11025, 1, 24, integers), recognizers);
+  EXPECT_EQ(wide.samples<std::int32_t>()[0], -512);
+  EXPECT_EQ(wide.samples<std::int32_t>()[1], std::numeric_limits<std::int32_t>::min());
+}
+
+TEST(AudioConverterTest, KeepsWhatIsOutOfRangeInRange) {
+  const auto from = pcm(11025, 1, 64, floats);
+  PcmStream stream(from, 6);
+  const double values[] = {1.0, -1.5, 1e300, -INFINITY, NAN, -1.0};
+  std::copy(std::begin(values), std::end(values), stream.samples<double>());
+  PcmStream converted = stream.convertedTo(from, pcm(11025, 1, 16, integers));
+  const std::int16_t expected[] = {32767, -32768, 32767, -32768, 0, -32768};
+  EXPECT_TRUE(
+      std::equal(std::begin(expected), std::end(expected), converted.samples<std::int16_t>()));
+}
+
+TEST(AudioConverterTest, MixesSeveralChannelsIntoOne) {
+  const auto from = pcm(11025, 4, 16, integers | apart);
+  PcmStream stream(from, 1);
+  for (std::size_t i = 0; i < 4; ++i) stream.samples<std::int16_t>(i)[0] = i == 3 ? -4000 : 1000;
+  PcmStream mixed = stream.convertedTo(from, pcm(11025, 1, 16, integers));
+  EXPECT_EQ(mixed.samples<std::int16_t>()[0], -250);
+  PcmStream copied = mixed.convertedTo(pcm(11025, 1, 16, integers), pcm(11025, 2, 16, integers));
+  EXPECT_EQ(copied.samples<std::int16_t>()[1], -250);
+}
+
+TEST(AudioConverterTest, ResamplesSinesInPlaceAndKeepsImagesOut) {
+  for (const double rate :
+       {8000.0, 12000.0, 16000.0, 22050.0, 44100.0, 48000.0, 96000.0, 192000.0}) {
+    const auto from = pcm(rate, 1, 32, floats);
+    for (const double part : {0.01, 0.2, 0.5, 0.7}) {
+      const double frequency = part * std::min(rate, 11025.0) / 2;
+      PcmStream converted = sine(rate, frequency, 1).convertedTo(from, recognizers);
+      EXPECT_EQ(converted.frames(), 11025U);
+      // Towards the band's edge the filter's ripple counts as an error.
+      EXPECT_LT(errorOf(converted, 11025, frequency, 0.5), part < 0.6 ? -100 : -75)
+          << rate << " Hz at " << part;
+    }
+    if (rate < 16000) continue;
+    PcmStream silent = sine(rate, 6500, 1).convertedTo(from, recognizers);
+    EXPECT_LT(errorOf(silent, 11025, 6500, 0), -100) << rate << " Hz, above the band";
+  }
+}
+
+TEST(AudioConverterTest, AStreamInPiecesEqualsTheStreamInOnePiece) {
+  std::mt19937 random(7);
+  for (const auto& [rate, channels] : {std::pair{44100.0, 2U}, {48000.0, 1U}, {8000.0, 8U}}) {
+    const auto from = pcm(rate, channels, 16, integers);
+    PcmStream stream(from, 60000);
+    for (std::size_t i = 0; i < 60000 * channels; ++i) {
+      stream.samples<std::int16_t>()[i] = static_cast<std::int16_t>(random());
+    }
+    const PcmStream whole = stream.convertedTo(from, recognizers, [] { return 100000U; });
+    stream.piece = [&] { return random() % 7 == 0 ? 1 : 1 + random() % 2000; };
+    const PcmStream pieces = stream.convertedTo(from, recognizers, [&] { return random() % 1500; });
+    EXPECT_NEAR(static_cast<double>(whole.frames()), 60000 * 11025 / rate, 1);
+    EXPECT_TRUE(pieces == whole) << rate << " Hz";
+  }
+}
+
+TEST(AudioConverterTest, TheSameInputForEveryRequestFillsTheOutputOnce) {
+  platform::AudioStatus status = 0;
+  const auto converter = platform::systemPlatform().makeAudioConverter(pcm(44100, 1, 32, integers),
+                                                                       recognizers, status);
+  PcmStream input(pcm(44100, 1, 32, integers), 512);
+  auto records = input.list(0, 512);
+  const auto again = [](platform::AudioConverter&, std::uint32_t&, auto& request, auto,
+                        void* data) {
+    request = *static_cast<platform::AudioBufferList*>(data);
+    return platform::audioNoError;
+  };
+  PcmStream output(recognizers, 1024);
+  auto list = output.list(0, 1024);
+  std::uint32_t count = 4000;
+  EXPECT_EQ(converter->fillComplexBuffer(again, &records, count, list, nullptr), 0);
+  EXPECT_EQ(count, 1024U);
+  EXPECT_EQ(list.buffers[0].dataByteSize, 4096U);
+}
+
+TEST(AudioConverterTest, HandsOnWhatTheInputReports) {
+  for (const double rate : {11025.0, 44100.0}) {
+    const auto from = pcm(rate, 1, 32, integers | 8);
+    platform::AudioStatus status = 0;
+    const auto converter = platform::systemPlatform().makeAudioConverter(from, recognizers, status);
+    const auto fail = [](auto&, auto&, auto&, auto, auto) -> platform::AudioStatus { return -17; };
+    PcmStream output(recognizers, 10);
+    auto list = output.list(0, 10);
+    std::uint32_t count = 10;
+    EXPECT_EQ(converter->fillComplexBuffer(fail, nullptr, count, list, nullptr), -17);
+    EXPECT_EQ(count, 0U);
+  }
+}
+
+TEST(AudioConverterTest, RefusesWhatIsNotLinearPcm) {
+  auto packed = recognizers;
+  packed.formatID = platform::fourCharacterCode("aac ");
+  auto contradictory = recognizers;
+  contradictory.bytesPerFrame = 8;
+  for (const auto& refused :
+       {packed, contradictory, pcm(7999, 1, 16, integers), pcm(192001, 1, 16, integers),
+        pcm(NAN, 1, 16, integers), pcm(11025, 0, 16, integers), pcm(11025, 9, 16, integers),
+        pcm(11025, 1, 16, floats), pcm(11025, 1, 8, integers), pcm(11025, 1, 16, integers | 2)}) {
+    platform::AudioStatus status = 0;
+    const auto make = platform::systemPlatform().makeAudioConverter;
+    EXPECT_EQ(make(refused, recognizers, status), nullptr);
+    EXPECT_EQ(status, platform::audioFormatError);
+    EXPECT_EQ(make(recognizers, refused, status), nullptr);
+  }
+}
+
+}  // namespace
+}  // namespace lirvox

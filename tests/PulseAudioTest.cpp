@@ -1,0 +1,260 @@
+// The microphone on a real PulseAudio server.
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <condition_variable>
+#include <cstring>
+#include <future>
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include "lib/audio/LirvoxMicrophone.h"
+#include "lib/platform/PulseAudio.h"
+#include "tests/support/PulseServer.h"
+
+namespace lirvox {
+namespace {
+
+class Recorder : public LirvoxMicrophoneAudioDelegate {
+ public:
+  void hasAudioReceived(LirvoxMicrophone&, float** buffers, std::uint32_t bufferSize,
+                        std::uint32_t) override {
+    const std::lock_guard lock(mutex_);
+    const std::size_t before = samples_.size();
+    samples_.resize(before + bufferSize);
+    std::memcpy(&samples_[before], buffers[0], bufferSize * 4);
+    largest_ = std::max(largest_, bufferSize);
+    changed_.notify_all();
+  }
+  void changedPlayingState(LirvoxMicrophone&, bool isPlaying) override {
+    const std::lock_guard lock(mutex_);
+    isPlaying_ = isPlaying;
+    changed_.notify_all();
+  }
+  void changedDevice(LirvoxMicrophone&, const LirvoxAudioDevice& device) override {
+    const std::lock_guard lock(mutex_);
+    device_ = device.port() ? device.port()->uniqueIdentifier : "none";
+    changed_.notify_all();
+  }
+
+  template <typename Condition>
+  bool wait(Condition condition) {
+    std::unique_lock lock(mutex_);
+    return changed_.wait_for(lock, std::chrono::seconds(20), condition);
+  }
+  bool waitForPlaying(bool isPlaying) {
+    return wait([&] { return isPlaying_ == isPlaying; });
+  }
+  bool waitForDevice(const std::string& name) {
+    return wait([&] { return device_ == name; });
+  }
+  // Frames that arrive from now on.
+  bool waitForFrames(std::size_t frames) {
+    const std::size_t goal = count() + frames;
+    return wait([&] { return samples_.size() >= goal; });
+  }
+  // Until the last half second is little but a sine of this frequency.
+  bool waitForSine(double frequency) {
+    return wait([&] { return samples_.size() > 5512 && toneShare(frequency) > 0.98; });
+  }
+  std::size_t count() {
+    const std::lock_guard lock(mutex_);
+    return samples_.size();
+  }
+  std::uint32_t largest() {
+    const std::lock_guard lock(mutex_);
+    return largest_;
+  }
+
+ private:
+  double toneShare(double frequency) const {
+    double real = 0, imaginary = 0, power = 0;
+    for (std::size_t i = samples_.size() - 5512; i < samples_.size(); ++i) {
+      const double phase = 2 * M_PI * frequency * static_cast<double>(i) / 11025;
+      real += samples_[i] * std::cos(phase);
+      imaginary += samples_[i] * std::sin(phase);
+      power += std::pow(samples_[i], 2);
+    }
+    return power > 0 ? 2 * (real * real + imaginary * imaginary) / (5512 * power) : 0;
+  }
+
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::vector<std::int32_t> samples_;
+  std::uint32_t largest_ = 0;
+  bool isPlaying_ = false;
+  std::string device_;
+};
+
+class ChangeCounter : public platform::AudioSessionObserver {
+ public:
+  void audioSessionWasInterrupted(const platform::AudioSessionInterruption&) override {}
+  void audioSessionRouteChanged() override { ++changes; }
+  std::atomic<int> changes{0};
+};
+
+class PulseAudioTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (!test::PulseServer::isInstalled()) GTEST_SKIP() << "no pulseaudio, pactl or pacat here";
+    server_ = std::make_unique<test::PulseServer>();
+    platform::Platform installed = platform::systemPlatform();
+    platform::usePulseAudio(installed, {"lirvox-test", "Test", server_->address()});
+    session_ = installed.audioSession;
+    platform::install(std::move(installed));
+  }
+  void TearDown() override { platform::install(platform::systemPlatform()); }
+
+  std::shared_ptr<LirvoxMicrophone> capture() {
+    auto microphone = LirvoxMicrophone::microphoneWithDelegate(recorder_, true);
+    EXPECT_TRUE(recorder_->waitForFrames(2000));
+    return microphone;
+  }
+  platform::AudioSessionPort port(const std::string& name) {
+    for (const auto& input : session_->availableInputs()) {
+      if (input.uniqueIdentifier == name) return input;
+    }
+    ADD_FAILURE() << "no input " << name;
+    return {};
+  }
+
+  // Until what waits on the main queue now has run.
+  static void runMainQueue() {
+    std::promise<void> run;
+    platform::current()->mainQueue->async([&] { run.set_value(); });
+    run.get_future().wait();
+  }
+
+  std::unique_ptr<test::PulseServer> server_;
+  std::shared_ptr<platform::AudioSession> session_;
+  const std::shared_ptr<Recorder> recorder_ = std::make_shared<Recorder>();
+};
+
+TEST_F(PulseAudioTest, HearsWhatASinkPlaysThroughItsMonitor) {
+  EXPECT_TRUE(port("one.monitor").isMonitor);
+  server_->playSine("one", 1000);
+  const auto microphone = capture();
+  EXPECT_TRUE(recorder_->waitForSine(1000));
+  EXPECT_LE(recorder_->largest(), 1024U);
+}
+
+TEST_F(PulseAudioTest, FollowsTheDefaultSource) {
+  server_->playSine("two", 700);
+  const auto microphone = capture();
+  EXPECT_TRUE(recorder_->waitForDevice("one.monitor"));
+  EXPECT_TRUE(server_->control("set-default-source two.monitor"));
+  EXPECT_TRUE(recorder_->waitForDevice("two.monitor"));
+  EXPECT_TRUE(recorder_->waitForSine(700));
+}
+
+TEST_F(PulseAudioTest, GoesOnWithADeviceThatIsChosenWhileItCaptures) {
+  server_->playSine("two", 700);
+  const auto microphone = capture();
+  microphone->setDevice(LirvoxAudioDevice(port("two.monitor")));
+  EXPECT_TRUE(recorder_->waitForSine(700));
+  EXPECT_TRUE(server_->control("set-default-source one.monitor"));
+  EXPECT_TRUE(recorder_->waitForFrames(11025));
+  EXPECT_TRUE(recorder_->waitForSine(700)) << "a chosen device does not follow the default";
+}
+
+TEST_F(PulseAudioTest, ASuspendedSourceInterruptsAndItsReturnResumes) {
+  const auto microphone = capture();
+  EXPECT_TRUE(server_->control("suspend-sink one 1"));
+  EXPECT_TRUE(recorder_->waitForPlaying(false));
+  const std::size_t stoppedAt = recorder_->count();
+  EXPECT_TRUE(server_->control("suspend-sink one 0"));
+  EXPECT_TRUE(recorder_->waitForPlaying(true));
+  EXPECT_TRUE(recorder_->waitForFrames(2000));
+  EXPECT_GT(recorder_->count(), stoppedAt);
+}
+
+TEST_F(PulseAudioTest, StaysStoppedWhenItWasStoppedDuringTheInterruption) {
+  const auto microphone = capture();
+  EXPECT_TRUE(server_->control("suspend-sink one 1"));
+  EXPECT_TRUE(recorder_->waitForPlaying(false));
+  microphone->stopFetchingAudio();
+  EXPECT_TRUE(server_->control("suspend-sink one 0"));
+  EXPECT_TRUE(server_->control("set-default-source two.monitor"));
+  EXPECT_TRUE(recorder_->waitForDevice("two.monitor"));  // comes after what the return would do
+  EXPECT_TRUE(recorder_->waitForPlaying(false));
+  const std::size_t stoppedAt = recorder_->count();
+  microphone->startFetchingAudio();
+  EXPECT_TRUE(recorder_->waitForFrames(2000));
+  EXPECT_GT(recorder_->count(), stoppedAt);
+}
+
+TEST_F(PulseAudioTest, StopsWhenTheChosenSourceIsRemoved) {
+  const auto microphone = LirvoxMicrophone::microphoneWithDelegate(recorder_);
+  microphone->setDevice(LirvoxAudioDevice(port("two.monitor")));
+  microphone->startFetchingAudio();
+  EXPECT_TRUE(recorder_->waitForFrames(2000));
+  EXPECT_TRUE(server_->control("unload-module module-null-sink"));
+  EXPECT_TRUE(recorder_->waitForPlaying(false));
+  EXPECT_TRUE(recorder_->waitForDevice("none"));
+}
+
+TEST_F(PulseAudioTest, GoesOnWithTheNewDefaultWhenTheDefaultSourceIsRemoved) {
+  server_->playSine("two", 700);
+  EXPECT_TRUE(server_->control("load-module module-null-sink sink_name=three"));
+  EXPECT_TRUE(server_->control("set-default-source three.monitor"));
+  const auto microphone = capture();
+  EXPECT_TRUE(server_->control("list short modules | grep three | cut -f1 | PULSE_SERVER=" +
+                               server_->address() + " xargs pactl unload-module"));
+  EXPECT_TRUE(recorder_->waitForDevice("one.monitor") || recorder_->waitForDevice("two.monitor"));
+  EXPECT_TRUE(recorder_->waitForFrames(2000));
+}
+
+TEST_F(PulseAudioTest, StopsWhenTheServerDies) {
+  auto microphone = capture();
+  server_->kill();
+  EXPECT_TRUE(recorder_->waitForPlaying(false));
+  EXPECT_TRUE(recorder_->waitForDevice("none"));
+  microphone->stopFetchingAudio();
+
+  // Looking for the server in vain is no news that makes anybody look again.
+  const auto counter = std::make_shared<ChangeCounter>();
+  runMainQueue();
+  session_->addObserver(counter);
+  EXPECT_TRUE(session_->availableInputs().empty());
+  runMainQueue();
+  EXPECT_EQ(counter->changes, 0);
+}
+
+TEST_F(PulseAudioTest, WaitsForNoFrozenServer) {
+  auto microphone = capture();
+  server_->freeze();
+  const auto before = std::chrono::steady_clock::now();
+  EXPECT_TRUE(session_->availableInputs().empty());
+  microphone.reset();
+  EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(10));
+}
+
+TEST_F(PulseAudioTest, StartsAndStopsAtAnyMoment) {
+  const auto microphone = LirvoxMicrophone::microphoneWithDelegate(recorder_);
+  std::mt19937 random(1);
+  for (int i = 0; i < 500; ++i) {
+    std::thread other([&, delay = random() % 3000] {
+      std::this_thread::sleep_for(std::chrono::microseconds(delay));
+      microphone->stopFetchingAudio();
+    });
+    microphone->startFetchingAudio();
+    other.join();
+    microphone->stopFetchingAudio();
+    const std::size_t stoppedAt = recorder_->count();
+    std::this_thread::yield();
+    ASSERT_EQ(recorder_->count(), stoppedAt);
+  }
+  microphone->startFetchingAudio();
+  EXPECT_TRUE(recorder_->waitForFrames(2000));
+}
+
+TEST_F(PulseAudioTest, EndsTheProcessWithAWordWhereThereIsNoServer) {
+  server_->kill();
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(LirvoxMicrophone::microphone(), testing::ExitedWithCode(255),
+              "Failed to get stream format of microphone input scope \\('serv'\\)");
+}
+
+}  // namespace
+}  // namespace lirvox

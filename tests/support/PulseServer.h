@@ -1,0 +1,101 @@
+// A PulseAudio server of the test's own, with null sinks and no hardware.
+#pragma once
+
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace lirvox::test {
+
+class PulseServer {
+ public:
+  static bool isInstalled() {
+    return std::system("command -v pulseaudio pactl pacat >/dev/null 2>&1") == 0;
+  }
+
+  PulseServer() {
+    std::string name = std::filesystem::temp_directory_path() / "lirvox-pulse-XXXXXX";
+    folder_ = ::mkdtemp(name.data());
+    server_ =
+        spawn({"pulseaudio", "-n", "--daemonize=no", "--use-pid-file=no", "--exit-idle-time=-1",
+               "-L", "module-native-protocol-unix auth-anonymous=1 socket=" + folder_ + "/native",
+               "-L", "module-null-sink sink_name=one", "-L", "module-null-sink sink_name=two"});
+    for (int i = 0; i < 200 && !control("set-default-source one.monitor"); ++i) ::usleep(50000);
+  }
+
+  ~PulseServer() {
+    for (const pid_t player : players_) end(player, SIGKILL);
+    kill();
+    std::filesystem::remove_all(folder_);
+  }
+  PulseServer(const PulseServer&) = delete;
+  PulseServer& operator=(const PulseServer&) = delete;
+
+  std::string address() const { return "unix:" + folder_ + "/native"; }
+
+  bool control(const std::string& command) const {
+    return std::system(
+               ("PULSE_SERVER=" + address() + " pactl " + command + " >/dev/null 2>&1").c_str()) ==
+           0;
+  }
+
+  // Plays a sine into a sink until the server ends.
+  void playSine(const std::string& sink, double frequency) {
+    const std::string file = folder_ + "/" + sink + ".raw";
+    std::vector<std::int16_t> samples(44100 * 60);
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+      const double phase = 2 * M_PI * frequency * static_cast<double>(i) / 44100;
+      samples[i] = static_cast<std::int16_t>(16000 * std::sin(phase));
+    }
+    std::ofstream(file, std::ios::binary)
+        .write(reinterpret_cast<const char*>(samples.data()),
+               static_cast<std::streamsize>(samples.size() * 2));
+    players_.push_back(spawn({"pacat", "--server=" + address(), "--device=" + sink,
+                              "--format=s16le", "--rate=44100", "--channels=1", file}));
+  }
+
+  void freeze() { ::kill(server_, SIGSTOP); }
+  void kill() { end(std::exchange(server_, 0), SIGKILL); }
+
+ private:
+  pid_t spawn(const std::vector<std::string>& arguments) {
+    const pid_t child = ::fork();
+    if (child != 0) return child;
+    for (const char* variable :
+         {"HOME", "XDG_RUNTIME_DIR", "XDG_CONFIG_HOME", "PULSE_RUNTIME_PATH"}) {
+      ::setenv(variable, folder_.c_str(), 1);
+    }
+    const int null = ::open("/dev/null", O_RDWR);
+    for (const int descriptor : {0, 1, 2}) ::dup2(null, descriptor);
+    std::vector<char*> pointers;
+    for (const std::string& argument : arguments) {
+      pointers.push_back(const_cast<char*>(argument.c_str()));
+    }
+    pointers.push_back(nullptr);
+    ::execvp(pointers[0], pointers.data());
+    ::_exit(127);
+  }
+
+  static void end(pid_t child, int signal) {
+    if (child <= 0) return;
+    ::kill(child, signal);
+    ::waitpid(child, nullptr, 0);
+  }
+
+  std::string folder_;
+  pid_t server_ = 0;
+  std::vector<pid_t> players_;
+};
+
+}  // namespace lirvox::test
