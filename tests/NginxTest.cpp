@@ -17,6 +17,7 @@
 
 #include "catalog/Catalog.h"
 #include "catalog/Publish.h"
+#include "catalog/TrackFingerprinter.h"
 #include "lib/Hits.h"
 #include "lib/HitsByTrack.h"
 #include "lib/LirvoxDatabase.h"
@@ -131,7 +132,7 @@ class NginxTest : public testing::Test {
 
   void addTune(unsigned seed) {
     catalog::Catalog music(platform_.folder.path("music.db"), {});
-    catalog::TrackFingerprinter fingerprinter(music.shifts());
+    catalog::TrackFingerprinter fingerprinter(music.rowRule());
     const auto words = makeTune(seed, kSeconds);
     fingerprinter.add(words.data(), words.size());
     const std::string name = std::to_string(seed);
