@@ -6,6 +6,7 @@
 #include <memory>
 #include <mutex>
 #include <random>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -262,24 +263,23 @@ TEST_F(KilledUpdateTest, NeverLeavesADamagedDatabaseAndTheNextUpdateHeals) {
   service_.publish("first", noise(kBytes, 0));
   measure("");
   int killed = 0;
-  int withoutDatabase = 0;
-  std::string installed = noise(kBytes, 0);
-  for (int i = 1; killed < kKills; ++i) {
-    const std::string next = noise(kBytes, static_cast<unsigned>(i));
+  std::set<std::string> known = {"", noise(kBytes, 0)};
+  for (unsigned i = 1; killed < kKills; ++i) {
+    const std::string next = noise(kBytes, i);
+    known.insert(next);
     service_.publish("generation " + std::to_string(i), next);
     if (runKilled("")) ++killed;
-    const bool exists = std::filesystem::exists(live());
-    withoutDatabase += exists ? 0 : 1;
+    // One of the whole databases, or none at all.
     const std::string found = readFile(live());
-    ASSERT_TRUE(!exists || found == installed || found == next) << "after kill " << killed;
+    ASSERT_EQ(known.count(found), 1U) << "after kill " << killed;
+    ASSERT_EQ(found.empty(), !std::filesystem::exists(live())) << "after kill " << killed;
+    if (!found.empty() && i % 4 != 0) continue;
     ASSERT_EQ(run(""), 0);
-    installed = readFile(live());
-    ASSERT_TRUE(installed == next || (exists && installed == found)) << "after kill " << killed;
+    ASSERT_TRUE(std::filesystem::exists(live()) && known.count(readFile(live())) == 1);
   }
   service_.publish("last", "small");
   ASSERT_EQ(run(""), 0);
   EXPECT_EQ(contents(caches()), (Files{{"lirvox/", ""}, {"lirvox/db1.sqlite", "small"}}));
-  RecordProperty("without_database", withoutDatabase);
 }
 
 TEST_F(KilledUpdateTest, ALocalInstallationKeepsTheOldDatabaseUntilTheNewOneIsWhole) {
