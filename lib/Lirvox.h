@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,6 +17,10 @@
 #include "platform/Clock.h"
 
 namespace lirvox {
+
+namespace platform {
+class HttpSession;
+}
 
 class Capture;
 class LirvoxAudioFFT;
@@ -84,6 +89,38 @@ class LIRVOX_EXPORT Lirvox : public LirvoxMicrophoneAudioDelegate,
   /// `LirvoxDatabase::databaseInfo` of `database()`; none without a database. Blocks
   /// while the file is read.
   std::optional<std::string> databaseInfo() const;
+
+  // --- Bringing the database to the device ---
+
+  /// Asks the recognition service for the current database and installs it when it is
+  /// newer than the installed one. Returns at once.
+  ///
+  /// IMPORTANT: most failures call no completion at all, as is meant: a host needs a
+  /// time-out of its own. The completion runs on the session's queue. True means that a
+  /// database is installed and opens, but `database()` stays as it was: set a new one.
+  void downloadDatabaseIfNeeded(std::function<void(bool)> completionBlock);
+
+  /// Installs the database of a zip archive that holds "db1.sqlite" at its top level, and
+  /// sets `database()` to it. False when there is none, with the reason in the log.
+  /// Blocks while it unpacks. The archive stays.
+  bool updateDatabasePath(const std::string& path);
+
+  /// The generation of the database whose download was begun last; none before the first.
+  std::optional<std::string> dtDbGenerated() const;
+  void setDtDbGenerated(const std::string& dt);
+
+  /// The host's access key for the service.
+  std::string userApiKey() const;
+  void setUserApiKey(std::string key);
+
+  /// The HTTP session of updates, made at first use.
+  std::shared_ptr<platform::HttpSession> session() const;
+  void setSession(std::shared_ptr<platform::HttpSession> session);
+
+  /// "db.sqlite" in the caches directory unless set. Nothing reads it: the database that
+  /// is opened is the one at `LirvoxSettings::databasePath()`. That is meant.
+  std::string databasePath() const;
+  void setDatabasePath(std::string path);
 
   // --- Settings of the host ---
 

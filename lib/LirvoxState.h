@@ -6,11 +6,13 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <utility>
 
 #include "Capture.h"
 #include "Lirvox.h"
 #include "PassQueue.h"
+#include "platform/HttpSession.h"
 
 namespace lirvox {
 
@@ -35,6 +37,9 @@ struct Lirvox::State {
   std::shared_ptr<LirvoxAudioFFT> fft;
   std::shared_ptr<HistoryInfo> historyInfo;
   std::optional<platform::Clock::Date> timeStartListening;
+  std::shared_ptr<platform::HttpSession> session;
+  std::string userApiKey;
+  std::string databasePath;
 
   // Constant after construction.
   std::shared_ptr<PassQueue> passes;

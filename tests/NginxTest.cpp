@@ -136,7 +136,12 @@ class NginxTest : public testing::Test {
     const auto words = makeTune(seed, kSeconds);
     fingerprinter.add(words.data(), words.size());
     const std::string name = std::to_string(seed);
-    music.add({{name, "", "/music/" + name, kSeconds}, {1, 1}, fingerprinter.finish()});
+    catalog::NewTrack track;
+    track.info.title = name;
+    track.info.path = "/music/" + name;
+    track.info.durationInSeconds = kSeconds;
+    track.rows = fingerprinter.finish();
+    music.add(std::move(track));
     music.commit();
   }
   void publish() {

@@ -1,0 +1,62 @@
+// The recognizer's side of bringing the database to the device.
+#include <mutex>
+#include <utility>
+
+#include "lib/DatabaseInstallation.h"
+#include "lib/Lirvox.h"
+#include "lib/LirvoxSettings.h"
+#include "lib/LirvoxState.h"
+#include "lib/LirvoxWeb.h"
+#include "lib/platform/Platform.h"
+
+namespace lirvox {
+
+void Lirvox::downloadDatabaseIfNeeded(std::function<void(bool)> completionBlock) {
+  LirvoxWeb::downloadDatabaseIfNeeded(session(), userApiKey(), std::move(completionBlock));
+}
+
+bool Lirvox::updateDatabasePath(const std::string& path) {
+  if (!installLocalArchive(path)) return false;
+  setDatabase(std::make_shared<LirvoxDatabase>(LirvoxSettings::databasePath()));
+  return true;
+}
+
+std::optional<std::string> Lirvox::dtDbGenerated() const {
+  return LirvoxWeb::dtDbGenerated();
+}
+
+void Lirvox::setDtDbGenerated(const std::string& dt) {
+  LirvoxWeb::setDtDbGenerated(dt);
+}
+
+std::string Lirvox::userApiKey() const {
+  return state_->read(state_->userApiKey);
+}
+
+void Lirvox::setUserApiKey(std::string key) {
+  state_->write(state_->userApiKey, std::move(key));
+}
+
+std::shared_ptr<platform::HttpSession> Lirvox::session() const {
+  const std::lock_guard lock(state_->fields);
+  auto& session = state_->session;
+  if (!session) session = platform::current()->makeHttpSession(LirvoxWeb::sessionConfiguration());
+  return session;
+}
+
+void Lirvox::setSession(std::shared_ptr<platform::HttpSession> session) {
+  state_->write(state_->session, std::move(session));
+}
+
+std::string Lirvox::databasePath() const {
+  const std::lock_guard lock(state_->fields);
+  auto& path = state_->databasePath;
+  if (path.empty()) path = platform::current()->directories->cachesDirectory() + "/db.sqlite";
+  return path;
+}
+
+void Lirvox::setDatabasePath(std::string path) {
+  state_->write(state_->databasePath, std::move(path));
+}
+
+}  // namespace lirvox
