@@ -1,11 +1,11 @@
 // The program of the README: what does the microphone hear?
-#include <lirvox/Lirvox.h>
-#include <lirvox/LirvoxSettings.h>
-#include <lirvox/platform/Platform.h>
-
 #include <chrono>
 #include <iostream>
 #include <thread>
+
+#include <lirvox/Lirvox.h>
+#include <lirvox/LirvoxSettings.h>
+#include <lirvox/platform/Platform.h>
 
 struct Printer : lirvox::LirvoxDelegate {
   void didRecognize(std::int32_t id, float position, float) override {

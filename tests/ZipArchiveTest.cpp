@@ -10,9 +10,9 @@
 #include <sys/wait.h>
 
 #include "lib/ZipArchive/ZipArchive.h"
+#include "tests/ZipBytes.h"
 #include "tests/support/RecordedLog.h"
 #include "tests/support/TemporaryFolder.h"
-#include "tests/ZipBytes.h"
 
 namespace lirvox::test {
 namespace {

@@ -1,9 +1,9 @@
 // Uses the installed library from outside: headers, link, a call through each layer.
+#include <cstdlib>
+
 #include <lirvox/Lirvox.h>
 #include <lirvox/LirvoxSettings.h>
 #include <lirvox/platform/Platform.h>
-
-#include <cstdlib>
 
 int main() {
   auto platform = lirvox::platform::systemPlatform("consumer");
@@ -13,5 +13,5 @@ int main() {
   lirvox::LirvoxError error;
   const bool installed = recognizer->canRecognize(error);
   return !installed && error.code == 201 && recognizer->recordingTime() == 5.0 ? EXIT_SUCCESS
-                                                                              : EXIT_FAILURE;
+                                                                               : EXIT_FAILURE;
 }
