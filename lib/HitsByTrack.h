@@ -37,6 +37,9 @@ class LIRVOX_EXPORT HitsByTrack {
   /// The tracks in the order of their first hits.
   const std::vector<Track>& tracks() const { return tracks_; }
 
+  /// Hits of all tracks.
+  std::size_t hitCount() const { return bins_.size(); }
+
   std::size_t binCount() const { return binCount_; }
   /// The offset of `bin` before normalization: track frame at which the query starts.
   std::int32_t offset(Bin bin) const;

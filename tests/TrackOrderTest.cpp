@@ -1,0 +1,193 @@
+// The order of the tracks: it shows the vote the track that is heard, and only that.
+#include <algorithm>
+#include <numeric>
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include "lib/LeaderPlans.h"
+#include "lib/SilencePlans.h"
+#include "lib/TrackOrder.h"
+#include "lib/Vote.h"
+
+namespace lirvox {
+namespace {
+
+constexpr std::int32_t kMinimum = 30;
+
+struct Votes {
+  std::int32_t offset;
+  std::int32_t count;
+};
+struct TrackVotes {
+  std::int32_t id;
+  std::vector<Votes> votes;
+};
+
+// The tracks' first hits come in the order of `tracks`.
+PassHits passOf(const std::vector<TrackVotes>& tracks) {
+  PassHits pass;
+  pass.minimumOffset = 0;
+  for (const TrackVotes& track : tracks) {
+    const DecimalString id(track.id);
+    pass.trackHitCounts.push_back({id, 0});
+    for (const Votes& votes : track.votes) {
+      pass.trackHitCounts.back().count += votes.count;
+      pass.hits.insert(pass.hits.end(), static_cast<std::size_t>(votes.count),
+                       {id, DecimalString(votes.offset), {}, {}});
+    }
+  }
+  return pass;
+}
+
+std::vector<std::size_t> firstHitFirst(const HitsByTrack& hits) {
+  std::vector<std::size_t> order(hits.tracks().size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  return order;
+}
+
+// The id that the vote reports, 0 for none.
+std::int32_t answer(const HitsByTrack& hits, const std::vector<std::size_t>& order) {
+  const auto result = chooseResult(vote(hits, order).candidates, kMinimum);
+  return result ? result->result_id.intValue() : 0;
+}
+
+std::vector<TrackVotes> copies(int count, std::int32_t votes) {
+  std::vector<TrackVotes> tracks;
+  for (std::int32_t id = 1; id <= count; ++id) tracks.push_back({id, {{100 * id, votes}}});
+  return tracks;
+}
+
+std::vector<TrackVotes> operator+(std::vector<TrackVotes> a, const std::vector<TrackVotes>& b) {
+  a.insert(a.end(), b.begin(), b.end());
+  return a;
+}
+
+std::vector<TrackVotes> noise(int count) {
+  std::vector<TrackVotes> tracks;
+  for (std::int32_t i = 0; i < count; ++i) tracks.push_back({1000 + i, {{10000 + 10 * i, 7}}});
+  return tracks;
+}
+
+// Two votes in the window of the first of the copies.
+const std::vector<TrackVotes> hiderOfFirst = {{999, {{100, 2}}}};
+
+struct Case {
+  const char* name;
+  std::vector<TrackVotes> tracks;
+  std::int32_t firstHitAnswer;
+  std::int32_t chosenAnswer;
+};
+
+class TrackOrder : public testing::TestWithParam<Case> {};
+
+TEST_P(TrackOrder, MakesTheVoteAnswerRight) {
+  const HitsByTrack hits(passOf(GetParam().tracks));
+  EXPECT_EQ(answer(hits, firstHitFirst(hits)), GetParam().firstHitAnswer);
+  EXPECT_EQ(answer(hits, chooseTrackOrder(hits, kMinimum)), GetParam().chosenAnswer);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Passes, TrackOrder,
+    testing::Values(
+        Case{"NoTracks", {}, 0, 0}, Case{"CountAtTheMinimum", {{1, {{10, 30}}}}, 0, 0},
+        Case{"CountAboveTheMinimum", {{1, {{10, 31}}}}, 1, 1},
+        Case{"TwoLateVotesHideMany", {{1, {{10, 177}}}, {2, {{10, 2}}}}, 0, 1},
+        Case{"VotesInTheWindowHideToo", {{1, {{10, 177}}}, {2, {{8, 2}}}}, 0, 1},
+        Case{"VotesOfSeveralAddUpToAnotherText",
+             {{1, {{10, 140}}}, {2, {{10, 2}}}, {3, {{10, 2}}}, {4, {{10, 1}}}},
+             0,
+             1},
+        Case{"NineHideMoreAndNeedAFront",
+             {{1, {{10, 120}}}, {2, {{10, 9}}}, {3, {{500, 12}}}},
+             0,
+             1},
+        Case{"ALoopHeardElsewhere", {{1, {{10, 100}, {50, 99}}}, {2, {{50, 4}}}}, 2, 1},
+        Case{"ManyTracksShareALaterPlace",
+             {{1, {{10, 130}}}, {2, {{90, 4}}}, {3, {{90, 4}}}, {4, {{90, 124}, {10, 2}}}},
+             4,
+             1},
+        Case{"NobodyStandsOut", copies(4, 40) + noise(1), 1, 0},
+        Case{"FiveCopiesAmongNoise", copies(5, 120) + noise(20) + hiderOfFirst, 0, 1},
+        Case{"ACopyWithAnotherText", {{1, {{10, 120}}}, {2, {{10, 97}}}}, 2, 2}),
+    [](const auto& entry) { return std::string(entry.param.name); });
+
+// A pass as music makes them: a heard track with one strong place, others with chance
+// votes, many of them where others have theirs.
+HitsByTrack randomPass(std::mt19937& random) {
+  const auto below = [&](std::uint32_t end) { return static_cast<std::int32_t>(random() % end); };
+  std::vector<TrackVotes> tracks;
+  const std::int32_t trackCount = 1 + below(60);
+  const std::int32_t places = 3 + below(60);
+  for (std::int32_t i = 0; i < trackCount; ++i) {
+    TrackVotes track{1 + i, {{below(400), 1}}};
+    for (std::int32_t k = below(12); k > 0; --k) {
+      track.votes.push_back({17 * below(static_cast<std::uint32_t>(places)), 1 + below(4)});
+    }
+    tracks.push_back(track);
+  }
+  const auto heard = static_cast<std::size_t>(below(static_cast<std::uint32_t>(trackCount)));
+  const std::int32_t offset = 17 * below(static_cast<std::uint32_t>(places));
+  tracks[heard].votes.push_back({offset, below(250)});
+  tracks[heard].votes.push_back({offset + 1, below(10)});
+  return HitsByTrack(passOf(tracks));
+}
+
+TEST(TrackOrderProperties, EveryOrderHoldsEveryTrackOnceAndDependsOnNothingElse) {
+  std::mt19937 random(1);
+  std::mt19937 same(1);
+  for (int i = 0; i < 300; ++i) {
+    const HitsByTrack hits = randomPass(random);
+    std::vector<std::size_t> order = chooseTrackOrder(hits, kMinimum);
+    EXPECT_EQ(order, chooseTrackOrder(randomPass(same), kMinimum));
+    std::sort(order.begin(), order.end());
+    EXPECT_EQ(order, firstHitFirst(hits));
+  }
+}
+
+TEST(TrackOrderProperties, FoundOrdersKeepWhatTheyPromise) {
+  std::mt19937 random(2);
+  int strong = 0;
+  int served = 0;
+  int silent = 0;
+  for (int i = 0; i < 2000; ++i) {
+    const HitsByTrack hits = randomPass(random);
+    const TrackStatistics statistics(hits);
+    const auto order = LeaderPlans(hits, statistics, kMinimum).find();
+    if (order) {
+      EXPECT_EQ(answer(hits, *order), hits.tracks()[statistics.leader()].id.intValue()) << i;
+    }
+    strong += statistics[statistics.leader()].count > kMinimum;
+    served += order.has_value();
+    const auto silentOrder = findSilentOrder(hits, statistics, kMinimum);
+    if (silentOrder) {
+      EXPECT_EQ(answer(hits, *silentOrder), 0) << i;
+    }
+    silent += silentOrder.has_value();
+  }
+  EXPECT_GT(strong, 1500);
+  EXPECT_GT(served, strong / 2);
+  EXPECT_GT(silent, 1000);
+}
+
+// Every plan fails here: 2,000 tracks hide the leader, and nothing can go before it.
+TEST(TrackOrderWork, IsBoundedWhereNoOrderServes) {
+  std::vector<TrackVotes> tracks{{1, {{5, 300}}}};
+  for (std::int32_t i = 0; i < 2000; ++i) {
+    tracks.push_back({2 + i, {{5, 5 + i % 36}, {100 + 7 * i % 900, 30}}});
+  }
+  const HitsByTrack hits(passOf(tracks));
+  VoteTrial trial(hits);
+  std::size_t votes = 0;
+  for (int rounds = 0; rounds < 1000 && !trial.isExhausted(); ++rounds) {
+    for (std::size_t track = 0; track < tracks.size(); ++track) {
+      trial.visit(track, [](const VoteTrial::Visit&) { return false; });
+    }
+    votes += hits.hitCount();
+  }
+  EXPECT_LT(votes, 16 * hits.hitCount());
+  EXPECT_EQ(chooseTrackOrder(hits, kMinimum).size(), tracks.size());
+}
+
+}  // namespace
+}  // namespace lirvox
