@@ -151,6 +151,7 @@ class LIRVOX_EXPORT Lirvox : public LirvoxMicrophoneAudioDelegate,
   void beginCapture();
   void processBuffer();
   void endCapture(const std::weak_ptr<Capture>& capture);
+  void stopCapture(Capture& capture);
   void finishPass(ProcessingPass& pass, PassState state);
   std::size_t limitInBytes() const;
 
