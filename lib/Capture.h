@@ -54,9 +54,8 @@ class CaptureSlot {
   /// Calls `use` with the current capture, if there is one. Not to be nested.
   template <typename Use>
   void with(Use use) {
-    users_.fetch_add(1);
+    const User user(users_);
     if (Capture* const capture = raw_.load()) use(*capture);
-    users_.fetch_sub(1);
   }
 
   /// Makes `capture` the current one. One thread at a time, never one inside `with`.
@@ -66,6 +65,18 @@ class CaptureSlot {
   const std::shared_ptr<Capture>& get() const { return owner_; }
 
  private:
+  // Counts itself, also when `use` throws: a replacement waits for all users.
+  class User {
+   public:
+    explicit User(std::atomic<int>& users) : users_(users) { users_.fetch_add(1); }
+    ~User() { users_.fetch_sub(1); }
+    User(const User&) = delete;
+    User& operator=(const User&) = delete;
+
+   private:
+    std::atomic<int>& users_;
+  };
+
   std::atomic<Capture*> raw_{nullptr};
   std::atomic<int> users_{0};
   std::shared_ptr<Capture> owner_;

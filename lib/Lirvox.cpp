@@ -116,9 +116,14 @@ void Lirvox::endCapture(const std::weak_ptr<Capture>& ended) {
   const std::lock_guard lock(state_->control);
   const auto capture = ended.lock();
   if (!capture || capture != state_->capture.get() || !capture->recording) return;
+  stopCapture(*capture);
+}
+
+// Under control: stops the microphone and lets the pass work off what there is.
+void Lirvox::stopCapture(Capture& capture) {
   if (const auto microphone = this->microphone()) microphone->stopFetchingAudio();
   state_->isRecording = false;
-  capture->end();
+  capture.end();
 }
 
 // On the global queue. The look-up may fail for want of memory: the record is emptied
@@ -135,7 +140,10 @@ void Lirvox::finishPass(ProcessingPass& pass, PassState state) {
   {
     const std::lock_guard lock(state_->control);
     // A capture that has started meanwhile keeps its samples.
-    if (state_->capture.get() == pass.capture()) state_->capture.replace(nullptr);
+    if (state_->capture.get() == pass.capture()) {
+      if (pass.capture()->recording) stopCapture(*pass.capture());
+      state_->capture.replace(nullptr);
+    }
   }
   if (state == PassState::failed) {
     platform::current()->mainQueue->async(

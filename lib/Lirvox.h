@@ -201,6 +201,7 @@ class LIRVOX_EXPORT Lirvox : public LirvoxMicrophoneAudioDelegate,
   void processBuffer();
   void endCapture(const std::weak_ptr<Capture>& capture);
   void endReplay(const std::weak_ptr<Capture>& capture);
+  void stopCapture(Capture& capture);
   void finishPass(ProcessingPass& pass, PassState state);
   std::size_t limitInBytes() const;
 

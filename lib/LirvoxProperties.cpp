@@ -59,7 +59,8 @@ bool Lirvox::isRecording() const {
 void Lirvox::setIsRecording(bool recording) {
   const std::lock_guard lock(state_->control);
   state_->isRecording = recording;
-  if (const auto& capture = state_->capture.get(); capture && !recording) capture->end();
+  const auto capture = state_->capture.get();
+  if (capture && capture->recording && !recording) stopCapture(*capture);
 }
 
 bool Lirvox::stopNow() const {

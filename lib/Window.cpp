@@ -8,10 +8,11 @@
 
 namespace lirvox {
 
+// Never destroyed: a pass may still run while the process ends.
 const std::vector<double>& analysisWindow() {
-  static const std::vector<double> window = LirvoxUtilities::window_hanning(
-      std::vector<double>(static_cast<std::size_t>(LirvoxSettings::settingChunkSize()), 1.0));
-  return window;
+  static const auto* const window = new std::vector<double>(LirvoxUtilities::window_hanning(
+      std::vector<double>(static_cast<std::size_t>(LirvoxSettings::settingChunkSize()), 1.0)));
+  return *window;
 }
 
 double analysisWindowEnergy() {

@@ -1,0 +1,300 @@
+// The controller, in virtual time.
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "lib/HistoryInfo.h"
+#include "lib/LirvoxSettings.h"
+#include "tests/support/ControllerTest.h"
+#include "tests/support/SqlTrace.h"
+
+namespace lirvox {
+namespace {
+
+using namespace std::chrono_literals;
+using Calls = std::vector<test::RecordedDelegate::Call>;
+using Words = std::vector<std::int32_t>;
+
+constexpr std::size_t kBlock = 2560;
+constexpr std::size_t kLimit = test::kSamplesOfCapture;
+using test::queryHashes;
+
+class Controller : public test::ControllerTest {};
+
+TEST_F(Controller, StartsNothingWithoutADatabaseFile) {
+  LirvoxError error;
+  EXPECT_FALSE(lirvox_->canRecognize(error));
+  EXPECT_EQ(error.domain, "Lirvox");
+  EXPECT_EQ(error.code, 201);
+  EXPECT_EQ(error.localizedDescription, "No database file");
+  lirvox_->startRecognize();
+  EXPECT_FALSE(lirvox_->isRecording());
+  EXPECT_EQ(unitLog_, "");
+  install();
+  error = {};
+  EXPECT_TRUE(lirvox_->canRecognize(error));
+  EXPECT_EQ(error.code, 0);
+}
+
+TEST_F(Controller, RecognizesWhatItHears) {
+  install();
+  lirvox_->setShouldStop(true);
+  lirvox_->setBufferSizeMax(1);
+  lirvox_->setBufferSizeEnoughForMiniSpectogram(1);
+  start();
+  EXPECT_FALSE(lirvox_->shouldStop());
+  EXPECT_EQ(lirvox_->bufferSizeMax() + lirvox_->bufferSizeEnoughForMiniSpectogram(), 0U);
+  EXPECT_EQ(lirvox_->timeStartListening(), platform_.scheduler.clock()->now());
+  platform_.scheduler.advance(5s);
+  deliver(song_.data(), kLimit - 1);
+  platform_.scheduler.run();
+  EXPECT_TRUE(lirvox_->isRecording());
+  EXPECT_EQ(unitLog_, "start ");
+  deliver(song_.data() + kLimit - 1, 1);
+  EXPECT_TRUE(lirvox_->isRecording()) << "the capture ends on the main queue";
+  deliver(song_.data(), 10);
+  EXPECT_EQ(samplesOf(lirvox_->bufferAudioData()), kLimit + 10);
+  platform_.scheduler.run();
+  EXPECT_FALSE(lirvox_->isRecording());
+  EXPECT_EQ(unitLog_, "start stop ");
+  EXPECT_EQ(delegate_->calls(), (Calls{{7, 46.4399109F, 51.4399109F}}));
+  EXPECT_FALSE(lirvox_->bufferAudioData());
+  EXPECT_FALSE(lirvox_->processedBuffer());
+}
+
+TEST_F(Controller, AnalysesEachBlockOnceItIsComplete) {
+  install();
+  start();
+  EXPECT_FALSE(lirvox_->bufferAudioData());
+  EXPECT_FALSE(lirvox_->shouldProcessBuffer());
+  const std::vector<std::pair<std::size_t, std::size_t>> deliveredAndAnalysed = {
+      {2559, 0}, {2560, 1}, {2561, 1}, {10239, 3}, {20480, 8}, {55124, 21}};
+  std::size_t delivered = 0;
+  for (const auto& [upTo, blocks] : deliveredAndAnalysed) {
+    deliver(song_.data() + delivered, upTo - delivered);
+    delivered = upTo;
+    platform_.scheduler.run();
+    EXPECT_FALSE(lirvox_->shouldProcessBuffer());
+    EXPECT_EQ(samplesOf(lirvox_->processedBuffer()), blocks * kBlock) << upTo;
+    EXPECT_EQ(lirvox_->historyInfo()->frameCount0(), blocks == 0 ? 0 : 10 * blocks - 1);
+  }
+  const auto* const bytes = reinterpret_cast<const std::byte*>(song_.data());
+  EXPECT_EQ(lirvox_->bufferAudioData(), std::vector<std::byte>(bytes, bytes + 4 * delivered));
+  EXPECT_EQ(lirvox_->processedBuffer(), std::vector<std::byte>(bytes, bytes + 21 * 10240));
+}
+
+TEST_F(Controller, FindsTheSameHashesHoweverDeliveriesAreChopped) {
+  install();
+  std::vector<QueryHash> hashes = queryHashes(song_);
+  std::sort(hashes.begin(), hashes.end(), [](const auto& a, const auto& b) {
+    return std::pair(a.hash, a.time) < std::pair(b.hash, b.time);
+  });
+  hashes.erase(std::unique(hashes.begin(), hashes.end()), hashes.end());
+  std::string list;
+  for (const QueryHash& query : hashes) list += ',' + std::to_string(query.hash);
+  const std::string statement =
+      "SELECT track_id AS id, num1 AS  time_in_track, num2 AS hash FROM db WHERE num2 IN (" +
+      list.substr(1) + ')';
+  test::SqlTrace trace;
+  const std::vector<std::vector<std::size_t>> choppings = {
+      {kLimit}, {1}, {1024}, {2560}, {2561, 0, 3}, {30000, 7}, {10240, 2559}};
+  for (const std::vector<std::size_t>& sizes : choppings) {
+    start();
+    std::size_t next = 0;
+    for (std::size_t i = 0; i < kLimit;) {
+      const std::size_t size = std::min(sizes[next++ % sizes.size()], kLimit - i);
+      deliver(song_.data() + i, size);
+      i += size;
+      if (next % 3 == 0) platform_.scheduler.run();
+    }
+    platform_.scheduler.run();
+    EXPECT_EQ(trace.takeStatements(), std::vector<std::string>{statement});
+    EXPECT_EQ(delegate_->takeCalls(), Calls{foundSong_}) << testing::PrintToString(sizes);
+  }
+}
+
+TEST_F(Controller, HasLazyDefaults) {
+  const std::vector<std::pair<double, double>> times = {
+      {0.0, 5.0}, {-0.0, 5.0}, {2.5, 2.5}, {-1.0, -1.0}};
+  for (const auto& [set, read] : times) {
+    lirvox_->setRecordingTime(set);
+    EXPECT_EQ(lirvox_->recordingTime(), read);
+    EXPECT_EQ(lirvox_->recordingTime(), read);
+  }
+  const std::vector<std::pair<std::int32_t, std::int32_t>> counts = {{0, 30}, {7, 7}, {-7, -7}};
+  for (const auto& [set, read] : counts) {
+    lirvox_->setMinimumFindedCnt(set);
+    EXPECT_EQ(lirvox_->minimumFindedCnt(), read);
+  }
+}
+
+TEST_F(Controller, EndsACaptureAtItsRecordingTime) {
+  install();
+  constexpr double kNever = std::numeric_limits<double>::infinity();
+  const std::vector<std::pair<double, std::size_t>> limits = {
+      // seconds and samples
+      {2.5, 27563},  // 110250 bytes end within a sample
+      {1.0 / 11025, 1}, {1e-9, 0}, {-3.0, 0}, {std::nan(""), 0}, {kNever, 60000}, {1e9, 60000}};
+  for (const auto& [seconds, samples] : limits) {
+    lirvox_->setRecordingTime(seconds);
+    start();
+    const Words words(std::max<std::size_t>(samples, 1) - 1);
+    deliver(words);
+    platform_.scheduler.run();
+    EXPECT_EQ(lirvox_->isRecording(), samples > 0) << seconds;
+    if (lirvox_->isRecording()) deliver(Words(1));
+    platform_.scheduler.run();
+    EXPECT_EQ(lirvox_->isRecording(), samples == 60000) << seconds;
+    lirvox_->stopRecognize();
+    platform_.scheduler.run();
+  }
+}
+
+TEST_F(Controller, CancelsARunningCapture) {
+  install();
+  test::SqlTrace trace;
+  for (const bool analysed : {false, true}) {
+    start();
+    deliver(song_.data(), kLimit - 1);
+    if (analysed) platform_.scheduler.run();
+    lirvox_->stopRecognize();
+    EXPECT_EQ(unitLog_, "start stop ");
+    EXPECT_FALSE(lirvox_->isRecording());
+    EXPECT_TRUE(lirvox_->stopNow());
+    EXPECT_FALSE(lirvox_->microphone());
+    platform_.scheduler.run();
+    EXPECT_FALSE(lirvox_->bufferAudioData());
+    EXPECT_FALSE(lirvox_->processedBuffer());
+    EXPECT_EQ(lirvox_->historyInfo()->frameCount0(), 0);
+    unitLog_.clear();
+  }
+  EXPECT_EQ(trace.takeStatements(), std::vector<std::string>());
+  EXPECT_EQ(delegate_->calls(), Calls());
+  // Nothing of it is left in the next capture.
+  start();
+  EXPECT_FALSE(lirvox_->stopNow());
+  deliver(song_);
+  platform_.scheduler.run();
+  EXPECT_EQ(delegate_->calls(), Calls{foundSong_});
+}
+
+TEST_F(Controller, CannotCancelACaptureThatHasItsLength) {
+  install();
+  start();
+  deliver(song_);
+  runUntilLimit();
+  lirvox_->stopRecognize();
+  EXPECT_FALSE(lirvox_->stopNow());
+  EXPECT_TRUE(lirvox_->microphone());
+  EXPECT_EQ(unitLog_, "start stop ");
+  EXPECT_EQ(delegate_->calls(), Calls());
+  platform_.scheduler.run();
+  EXPECT_EQ(delegate_->calls(), Calls{foundSong_});
+}
+
+TEST_F(Controller, IgnoresAStartWhileItRecords) {
+  install();
+  start();
+  const auto microphone = lirvox_->microphone();
+  const auto since = lirvox_->timeStartListening();
+  deliver(song_.data(), 3000);
+  platform_.scheduler.advance(1s);
+  lirvox_->startRecognize();
+  EXPECT_EQ(lirvox_->microphone(), microphone);
+  EXPECT_EQ(lirvox_->timeStartListening(), since);
+  EXPECT_EQ(unitLog_, "start ");
+  EXPECT_EQ(samplesOf(lirvox_->bufferAudioData()), 3000U);
+}
+
+TEST_F(Controller, AnswersACaptureThatTheNextOneOverlaps) {
+  install();
+  start();
+  deliver(song_);
+  runUntilLimit();
+  start();
+  EXPECT_FALSE(lirvox_->bufferAudioData());
+  deliver(other_.data(), 30000);
+  EXPECT_EQ(samplesOf(lirvox_->bufferAudioData()), 30000U);
+  platform_.scheduler.run();
+  EXPECT_EQ(delegate_->takeCalls(), Calls{foundSong_});
+  EXPECT_EQ(samplesOf(lirvox_->bufferAudioData()), 30000U);
+  deliver(other_.data() + 30000, kLimit - 30000);
+  platform_.scheduler.run();
+  EXPECT_EQ(delegate_->takeCalls(), Calls{foundOther_});
+  // The pass of a cancelled capture is overlapped just as well.
+  start();
+  deliver(other_);
+  lirvox_->stopRecognize();
+  start();
+  deliver(song_);
+  platform_.scheduler.run();
+  EXPECT_EQ(delegate_->takeCalls(), Calls{foundSong_});
+}
+
+TEST_F(Controller, FindsNothingInSilenceOrWithoutADatabase) {
+  install();
+  start();
+  deliver(Words(kLimit));
+  platform_.scheduler.run();
+  EXPECT_EQ(delegate_->takeCalls(), Calls{{}});
+  lirvox_->setDatabase(nullptr);
+  EXPECT_FALSE(lirvox_->databaseInfo());
+  start();
+  deliver(song_);
+  platform_.scheduler.run();
+  EXPECT_EQ(delegate_->takeCalls(), Calls{{}});
+}
+
+TEST_F(Controller, EndsACaptureEarlyWhenIsRecordingIsSetFalse) {
+  install();
+  start();
+  deliver(song_.data(), 40000);
+  lirvox_->setIsRecording(false);
+  EXPECT_EQ(unitLog_, "start stop ");
+  platform_.scheduler.run();
+  EXPECT_EQ(delegate_->calls(), Calls{foundSong_});
+}
+
+TEST_F(Controller, DropsACaptureWhenStopNowIsSet) {
+  install();
+  start();
+  deliver(song_.data(), kBlock - 1);
+  lirvox_->setStopNow(true);
+  platform_.scheduler.run();
+  EXPECT_TRUE(lirvox_->bufferAudioData()) << "the pass looks when a block is complete";
+  deliver(song_.data(), 1);
+  platform_.scheduler.run();
+  EXPECT_FALSE(lirvox_->bufferAudioData());
+  EXPECT_FALSE(lirvox_->isRecording());
+  EXPECT_EQ(unitLog_, "start stop ");
+  EXPECT_EQ(delegate_->calls(), Calls());
+}
+
+// A delegate that listens on until it has heard three outcomes.
+class Insistent : public test::RecordedDelegate {
+ public:
+  void didNotRecognize() override {
+    RecordedDelegate::didNotRecognize();
+    if (calls().size() < 3) Lirvox::sharedInstance()->startRecognize();
+  }
+};
+
+TEST_F(Controller, MayBeStartedByItsDelegate) {
+  install();
+  const auto insistent = std::make_shared<Insistent>();
+  lirvox_->setDelegate(insistent);
+  start();
+  for (int i = 0; i < 3; ++i) {
+    deliver(Words(kLimit));
+    platform_.scheduler.run();
+  }
+  EXPECT_EQ(insistent->calls().size(), 3U);
+  EXPECT_FALSE(lirvox_->isRecording());
+}
+
+}  // namespace
+}  // namespace lirvox

@@ -1,0 +1,86 @@
+// What tests of the controller start from.
+#include "tests/support/ControllerTest.h"
+
+#include "lib/HistoryInfo.h"
+#include "lib/LirvoxMiniSpectogram.h"
+#include "lib/LirvoxRecognize.h"
+#include "lib/LirvoxSettings.h"
+#include "lib/LirvoxUtilities.h"
+#include "lib/ProcessingPass.h"
+#include "lib/platform/MemoryAudioUnit.h"
+#include "tests/support/FingerprintFile.h"
+
+namespace lirvox::test {
+namespace {
+
+class SilentUnit : public platform::MemoryAudioUnit {
+ public:
+  explicit SilentUnit(std::string& log) : MemoryAudioUnit(nullptr), log_(log) {}
+  platform::AudioStatus start() override {
+    log_ += "start ";
+    return MemoryAudioUnit::start();
+  }
+  platform::AudioStatus stop() override {
+    log_ += "stop ";
+    return MemoryAudioUnit::stop();
+  }
+
+ private:
+  std::string& log_;
+};
+
+}  // namespace
+
+std::vector<QueryHash> queryHashes(const std::vector<std::int32_t>& words) {
+  LirvoxAudioFFT fft;
+  const auto history = LirvoxUtilities::initHistoryInfo();
+  std::vector<float> samples(2560);
+  for (std::size_t i = 0; i + samples.size() <= words.size(); i += samples.size()) {
+    convertSamples(words.data() + i, samples.size(), samples.data());
+    LirvoxMiniSpectogram::do_4_mini_specgrams(samples.data(), fft, *history);
+  }
+  return LirvoxRecognize::queryHashes(*history);
+}
+
+ControllerTest::ControllerTest() {
+  platform_.change([this](platform::Platform& services) {
+    services.makeInputUnit = [this](platform::AudioStatus&) {
+      return std::make_unique<SilentUnit>(unitLog_);
+    };
+  });
+  lirvox_->setDelegate(delegate_);
+  lirvox_->setDatabase(std::make_shared<LirvoxDatabase>(LirvoxSettings::databasePath()));
+}
+
+ControllerTest::~ControllerTest() {
+  lirvox_->stopRecognize();
+  platform_.scheduler.run();
+  lirvox_->setDelegate(nullptr);
+  lirvox_->setDatabase(nullptr);
+  lirvox_->setMicrophone(nullptr);
+  lirvox_->setRecordingTime(0);
+  lirvox_->setMinimumFindedCnt(0);
+}
+
+void ControllerTest::install() {
+  std::vector<FingerprintRow> rows;
+  for (const auto& [time, hash] : queryHashes(song_)) rows.push_back({7, time + 2000, hash});
+  for (const auto& [time, hash] : queryHashes(other_)) rows.push_back({8, time + 3000, hash});
+  writeFingerprintFile(LirvoxSettings::databasePath(), rows);
+}
+
+void ControllerTest::start() {
+  lirvox_->startRecognize();
+  ASSERT_TRUE(lirvox_->isRecording());
+}
+
+void ControllerTest::deliver(const std::int32_t* words, std::size_t count) {
+  auto* channel = reinterpret_cast<float*>(const_cast<std::int32_t*>(words));
+  lirvox_->hasAudioReceived(*lirvox_->microphone(), &channel, static_cast<std::uint32_t>(count), 1);
+}
+
+void ControllerTest::runUntilLimit() {
+  while (lirvox_->isRecording()) ASSERT_TRUE(platform_.scheduler.runOne());
+}
+
+}  // namespace lirvox::test

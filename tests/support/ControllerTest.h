@@ -1,0 +1,61 @@
+// What tests of the controller start from.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "RecordedDelegate.h"
+#include "Signals.h"
+#include "TestPlatform.h"
+#include "lib/Lirvox.h"
+
+namespace lirvox::test {
+
+/// Samples of a capture of 5 s.
+constexpr std::size_t kSamplesOfCapture = 55125;
+
+/// The hashes that a pass over `words` looks up, stage by stage.
+std::vector<QueryHash> queryHashes(const std::vector<std::int32_t>& words);
+
+/// The shared controller with a delegate, a store and an input that delivers nothing
+/// by itself, in virtual time. Each test leaves the controller idle and unset.
+class ControllerTest : public testing::Test {
+ protected:
+  ControllerTest();
+  ~ControllerTest() override;
+
+  /// Installs a database in which track 7 holds `song_`, 2000 frames from its start, and
+  /// track 8 `other_`, 3000 frames from its start.
+  void install();
+  /// Starts a capture, which must succeed.
+  void start();
+  /// Delivers samples as the microphone does.
+  void deliver(const std::int32_t* words, std::size_t count);
+  void deliver(const std::vector<std::int32_t>& words) { deliver(words.data(), words.size()); }
+  /// Runs tasks up to the one that ends the capture.
+  void runUntilLimit();
+
+  /// Number of samples in a copy of a capture.
+  static std::size_t samplesOf(const std::optional<std::vector<std::byte>>& bytes) {
+    return bytes ? bytes->size() / 4 : 0;
+  }
+
+  TestPlatform platform_;
+  /// "start " and "stop " for every time the input was told so.
+  std::string unitLog_;
+  const std::vector<std::int32_t> song_ = piece(kSamplesOfCapture);
+  const std::vector<std::int32_t> other_ = piece(kSamplesOfCapture, 2);
+  const std::shared_ptr<Lirvox> lirvox_ = Lirvox::sharedInstance();
+  const std::shared_ptr<RecordedDelegate> delegate_ = std::make_shared<RecordedDelegate>();
+  /// What the delegate hears of them when no virtual time has passed.
+  const RecordedDelegate::Call foundSong_{7, 46.4399109F, 46.4399109F};
+  const RecordedDelegate::Call foundOther_{8, 69.6598663F, 69.6598663F};
+};
+
+}  // namespace lirvox::test
