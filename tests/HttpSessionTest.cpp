@@ -141,10 +141,11 @@ TEST_F(HttpSessionTest, RedirectsAreFollowed) {
 }
 
 TEST_F(HttpSessionTest, TasksOfOneHostWaitForEachOtherAndCompletionsNeverOverlap) {
+  configuration_.timeoutForRequest = milliseconds(2000);
   configuration_.timeoutForResource = kLong;
   LoopbackServer server([](const std::string& target, const Connection& connection) {
     // Longer in all than the time-out of a request, which must not run while it waits.
-    std::this_thread::sleep_for(milliseconds(150));
+    std::this_thread::sleep_for(milliseconds(400));
     connection.reply(200, target);
   });
   constexpr int kTasks = 6;

@@ -23,23 +23,24 @@ std::string homeDirectory() {
   return user ? user->pw_dir : "/tmp";
 }
 
+// As an absolute path without a trailing slash; a relative one starts where the program did.
+std::string folderPath(const std::string& setting) {
+  std::string path = std::filesystem::absolute(setting);
+  while (path.size() > 1 && path.back() == '/') path.pop_back();
+  return path;
+}
+
 // A base folder as XDG defines them: relative settings are ignored.
 std::string xdgBase(const char* variable, const char* belowHome) {
   const std::string base = environment(variable);
-  return !base.empty() && base.front() == '/' ? base : homeDirectory() + '/' + belowHome;
+  const bool isSet = !base.empty() && base.front() == '/';
+  return folderPath(isSet ? base : homeDirectory() + '/' + belowHome);
 }
 
 std::string besideProgram(const std::string& below) {
   std::error_code ignored;
   const auto program = std::filesystem::read_symlink("/proc/self/exe", ignored);
   return (program.parent_path().parent_path() / below).string();
-}
-
-// As an absolute path without a trailing slash; a relative one starts where the program did.
-std::string folderPath(const std::string& setting) {
-  std::string path = std::filesystem::absolute(setting);
-  while (path.size() > 1 && path.back() == '/') path.pop_back();
-  return path;
 }
 
 std::string firstSet(const std::string& chosen, const std::string& otherwise) {
