@@ -33,6 +33,7 @@ std::optional<std::vector<std::size_t>> findSilentOrder(const HitsByTrack& hits,
   for (const std::size_t first : silencers(statistics, minimum)) {
     if (trial.isExhausted()) break;
     DecimalString best(0);
+    // A count above the minimum is no answer once a small one ranks above it.
     const auto isSilent = [&](const VoteTrial::Visit& visit) {
       if (!visit.isCandidate) return true;
       if (visit.count > minimum) return !(best < DecimalString(visit.count));

@@ -26,7 +26,7 @@ class VoteTrial {
       : hits_(hits),
         histogram_(hits.binCount()),
         isVisited_(hits.tracks().size()),
-        workLeft_(kWorkPerHit * hits.hitCount() + kFreeWork) {}
+        workLeft_(kWorkPerHit * static_cast<std::int64_t>(hits.hitCount()) + kFreeWork) {}
 
   /// Forgets all visits, in time linear in their hits, but not the work done.
   void restart() {
