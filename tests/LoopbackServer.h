@@ -92,10 +92,6 @@ class LoopbackServer {
     const std::lock_guard lock(mutex_);
     return requests_;
   }
-  std::size_t mostConnectionsAtOnce() const {
-    const std::lock_guard lock(mutex_);
-    return mostOpen_;
-  }
 
  private:
   void accept() {
@@ -104,7 +100,6 @@ class LoopbackServer {
       if (socket < 0) return;
       const std::lock_guard lock(mutex_);
       open_.push_back(socket);
-      mostOpen_ = std::max(mostOpen_, open_.size());
       threads_.emplace_back([this, socket] { serve(socket); });
     }
   }
@@ -132,7 +127,6 @@ class LoopbackServer {
   std::atomic<bool> stopping_{false};
   mutable std::mutex mutex_;
   std::vector<int> open_;              // guarded by mutex_
-  std::size_t mostOpen_ = 0;           // guarded by mutex_
   std::vector<std::string> requests_;  // guarded by mutex_
   std::vector<std::thread> threads_;
   std::thread acceptor_;
