@@ -15,7 +15,7 @@ struct Angle {
   explicit Angle(double x) {
     const double nearest = std::floor(x / (kQuarterTurn + kQuarterTurnRest) + 0.5);
     rest = x - nearest * kQuarterTurn - nearest * kQuarterTurnRest;
-    quarters = static_cast<int>(nearest) & 3;
+    quarters = std::isfinite(nearest) ? static_cast<int>(nearest) & 3 : 0;
   }
 
   int quarters;

@@ -73,7 +73,7 @@ TEST(TrackFingerprinter, SeesWhatAQuerySeesWhateverThePieces) {
   pass.add(tune.data(), tune.size());
   const auto shifts = pass.hashesByShift();
   std::set<std::pair<std::int32_t, std::int32_t>> expected;
-  for (const std::size_t shift : {0, 2}) {
+  for (const std::size_t shift : {0UL, 2UL}) {
     for (const QueryHash& query : shifts[shift]) expected.insert({query.hash, query.time});
   }
 
