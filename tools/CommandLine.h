@@ -1,14 +1,11 @@
-// The parts that every command of the program is made of.
+// The program's command line: every command, with the options that it takes.
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
-
-#include <CLI/CLI.hpp>
-
-namespace CLI {
-class App;
-}
+#include <variant>
+#include <vector>
 
 namespace lirvox::tools {
 
@@ -23,19 +20,54 @@ enum ExitStatus : int {
   exitUpdate = 6,         ///< the network or an update failed
 };
 
-/// The command line while it is put together.
-struct CommandLine {
-  CLI::App& app;
-  /// What the chosen command does; returns the exit status.
-  std::function<int()> run;
+/// The values that a number may have: all of [least, most].
+struct Interval {
+  double least;
+  double most;
 };
 
-void addIndexCommand(CommandLine& line);
-void addRecognizeCommand(CommandLine& line);
-void addFingerprintCommand(CommandLine& line);
-void addInfoCommand(CommandLine& line);
+/// An option, or an argument that has its place: then its name has no dash.
+struct Option {
+  std::string names;  ///< as in "-d,--database"
+  /// Where the value goes. What stands there is the default, and the help shows it; a bool
+  /// makes a switch, a vector an argument that repeats.
+  std::variant<bool*, int*, double*, std::string*, std::optional<int>*, std::optional<double>*,
+               std::vector<std::string>*>
+      value;
+  std::string help;
+  std::string unit = {};  ///< what stands for the value in the help, as in SECONDS
+  bool required = false;
+  std::optional<Interval> range = {};
+  std::vector<std::string> choices = {};  ///< the only values, if any are given
+  /// Says what is wrong with a value; empty if nothing is.
+  std::function<std::string(const std::string&)> check = {};
+};
 
-/// Adds the option -d, which stands for the installed database unless given.
-void addDatabaseOption(CLI::App& command, std::string& path);
+struct Command {
+  std::string name;
+  std::string summary;  ///< one line
+  std::string details;  ///< what its help says below the options, with examples
+  std::vector<Option> options;
+  std::function<int()> run;  ///< returns the exit status
+};
+
+struct Program {
+  std::string summary;
+  std::string version;
+  std::string details;
+  std::vector<Command> commands;
+};
+
+/// What the command line asks for, to be called: it returns the exit status. A usage error
+/// has been told then, and help that was asked for is printed.
+std::function<int()> parseCommandLine(const Program& program, int argc, char** argv);
+
+Command indexCommand();
+Command recognizeCommand();
+Command fingerprintCommand();
+Command infoCommand();
+
+/// The option -d, which stands for the installed database unless given.
+Option databaseOption(std::string& path);
 
 }  // namespace lirvox::tools

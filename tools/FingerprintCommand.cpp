@@ -3,8 +3,6 @@
 #include <memory>
 #include <string>
 
-#include <CLI/CLI.hpp>
-
 #include "tools/AudioDecoder.h"
 #include "tools/CommandLine.h"
 #include "tools/Console.h"
@@ -35,19 +33,21 @@ int fingerprint(const std::string& file) {
 
 }  // namespace
 
-void addFingerprintCommand(CommandLine& line) {
-  CLI::App* const command =
-      line.app.add_subcommand("fingerprint", "Print the query hashes of a file");
-  command->footer(
-      "One line per hash, in the order in which a recognition uses them: shift, time\n"
-      "(frame of 256 samples at 11025 Hz within the shift) and hash.\n"
-      "\n"
-      "Example:\n"
-      "  lirvox fingerprint capture.dat | wc -l");
+Command fingerprintCommand() {
   const auto file = std::make_shared<std::string>();
-  command->add_option("FILE", *file, "Sound file, *.dat recording, or - for standard input")
-      ->required();
-  command->callback([&line, file] { line.run = [file] { return fingerprint(*file); }; });
+  return {.name = "fingerprint",
+          .summary = "Print the query hashes of a file",
+          .details =
+              "One line per hash, in the order in which a recognition uses them: shift, time\n"
+              "(frame of 256 samples at 11025 Hz within the shift) and hash.\n"
+              "\n"
+              "Example:\n"
+              "  lirvox fingerprint capture.dat | wc -l",
+          .options = {{.names = "FILE",
+                       .value = file.get(),
+                       .help = "Sound file, *.dat recording, or - for standard input",
+                       .required = true}},
+          .run = [file] { return fingerprint(*file); }};
 }
 
 }  // namespace lirvox::tools

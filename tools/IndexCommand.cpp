@@ -9,8 +9,6 @@
 #include <thread>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "catalog/Catalog.h"
 #include "tools/CommandLine.h"
 #include "tools/Console.h"
@@ -23,7 +21,7 @@ namespace {
 
 struct Options {
   std::string database;
-  unsigned jobs = std::max(1U, std::thread::hardware_concurrency());
+  int jobs = static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1U, 1024U));
   catalog::CatalogOptions catalog;
   std::vector<std::string> paths;
 };
@@ -100,38 +98,50 @@ int index(const Options& options) {
 
 }  // namespace
 
-void addIndexCommand(CommandLine& line) {
-  CLI::App* const command = line.app.add_subcommand("index", "Fingerprint music into a database");
-  command->footer(
-      "Files that are in the database already and have not changed are skipped. What is\n"
-      "interrupted leaves whole tracks. --shifts and --rows-per-hour are fixed when a database\n"
-      "begins; --common may change each time.\n"
-      "\n"
-      "Examples:\n"
-      "  lirvox index ~/Music\n"
-      "  lirvox index -d radio.sqlite jingles/ theme.flac concert.mkv\n"
-      "  lirvox index -d small.sqlite --rows-per-hour 200000 ~/Music");
+Command indexCommand() {
   const auto options = std::make_shared<Options>();
-  addDatabaseOption(*command, options->database);
-  command->add_option("-j,--jobs", options->jobs, "Files read at a time")
-      ->check(CLI::Range(1, 1024))
-      ->capture_default_str();
-  command
-      ->add_option("--shifts", options->catalog.alignments,
-                   "Time alignments of each track that are looked at: 1, 2, 4 or 8 (default 8)")
-      ->check(CLI::IsMember({1, 2, 4, 8}));
-  command
-      ->add_option("--rows-per-hour", options->catalog.rowsPerHour,
-                   "The best rows that are kept of an hour of sound, 15 bytes each; 0 keeps all "
-                   "(default 320000)")
-      ->check(CLI::Range(0, 100'000'000));
-  command
-      ->add_option("--common", options->catalog.commonHashes,
-                   "Leave out hashes with more rows than this many times the mean; 0 leaves out "
-                   "none (default 20)")
-      ->check(CLI::Range(0.0, 1e6));
-  command->add_option("PATH", options->paths, "Files and folders of music")->required();
-  command->callback([&line, options] { line.run = [options] { return index(*options); }; });
+  catalog::CatalogOptions& rules = options->catalog;
+  return {
+      .name = "index",
+      .summary = "Fingerprint music into a database",
+      .details =
+          "Files that are in the database already and have not changed are skipped. What is\n"
+          "interrupted leaves whole tracks. --shifts and --rows-per-hour are fixed when a "
+          "database\n"
+          "begins; --common may change each time.\n"
+          "\n"
+          "Examples:\n"
+          "  lirvox index ~/Music\n"
+          "  lirvox index -d radio.sqlite jingles/ theme.flac concert.mkv\n"
+          "  lirvox index -d small.sqlite --rows-per-hour 200000 ~/Music",
+      .options =
+          {databaseOption(options->database),
+           {.names = "-j,--jobs",
+            .value = &options->jobs,
+            .help = "Files read at a time",
+            .unit = "N",
+            .range = {{1, 1024}}},
+           {.names = "--shifts",
+            .value = &rules.alignments,
+            .help = "Time alignments of each track that are looked at (default 8)",
+            .choices = {"1", "2", "4", "8"}},
+           {.names = "--rows-per-hour",
+            .value = &rules.rowsPerHour,
+            .help = "The best rows that are kept of an hour of sound, 15 bytes each; 0 keeps all "
+                    "(default 320000)",
+            .unit = "N",
+            .range = {{0, 100'000'000}}},
+           {.names = "--common",
+            .value = &rules.commonHashes,
+            .help = "Leave out hashes with more rows than this many times the mean; 0 leaves out "
+                    "none (default 20)",
+            .unit = "FACTOR",
+            .range = {{0, 1e6}}},
+           {.names = "PATH",
+            .value = &options->paths,
+            .help = "Files and folders of music",
+            .required = true}},
+      .run = [options] { return index(*options); }};
 }
 
 }  // namespace lirvox::tools

@@ -5,8 +5,6 @@
 #include <string>
 #include <utility>
 
-#include <CLI/CLI.hpp>
-
 #include "catalog/CatalogSummary.h"
 #include "lib/LirvoxDatabase.h"
 #include "lib/LirvoxSettings.h"
@@ -41,18 +39,19 @@ int info(const std::string& path) {
 
 }  // namespace
 
-void addInfoCommand(CommandLine& line) {
-  CLI::App* const command = line.app.add_subcommand("info", "Say what a database holds");
-  command->footer(
-      "The summary of the recognizer (size and track ids), then tracks, hours, rows that\n"
-      "recognitions look at, rows kept aside because their hashes are too common to tell\n"
-      "tracks apart, and the size of the file.\n"
-      "\n"
-      "Example:\n"
-      "  lirvox info -d music.sqlite");
+Command infoCommand() {
   const auto path = std::make_shared<std::string>();
-  addDatabaseOption(*command, *path);
-  command->callback([&line, path] { line.run = [path] { return info(*path); }; });
+  return {.name = "info",
+          .summary = "Say what a database holds",
+          .details =
+              "The summary of the recognizer (size and track ids), then tracks, hours, rows that\n"
+              "recognitions look at, rows kept aside because their hashes are too common to tell\n"
+              "tracks apart, and the size of the file.\n"
+              "\n"
+              "Example:\n"
+              "  lirvox info -d music.sqlite",
+          .options = {databaseOption(*path)},
+          .run = [path] { return info(*path); }};
 }
 
 }  // namespace lirvox::tools

@@ -131,36 +131,44 @@ int recognize(const Options& options) {
 
 }  // namespace
 
-void addRecognizeCommand(CommandLine& line) {
-  CLI::App* const command =
-      line.app.add_subcommand("recognize", "Say which track a file is, and where in it");
-  command->footer(
-      "JSON: one object per file and line, with file, recognized, track_id, title, position\n"
-      "(seconds in the track at the excerpt's start) and votes.\n"
-      "\n"
-      "Examples:\n"
-      "  lirvox recognize excerpt.ogg\n"
-      "  lirvox recognize --start 60 --seconds 8 --format json film.mkv\n"
-      "  some-recorder | lirvox recognize -");
+Command recognizeCommand() {
   const auto options = std::make_shared<Options>();
-  addDatabaseOption(*command, options->database);
-  command->add_option("--start", options->start, "Where the excerpt starts, in seconds")
-      ->check(CLI::Range(0.0, 1e7))
-      ->capture_default_str();
-  command->add_option("--seconds", options->seconds, "Length of the excerpt")
-      ->check(CLI::Range(0.001, 3600.0))
-      ->capture_default_str();
-  command->add_option("--min-votes", options->minimumVotes, "Votes that a result must exceed")
-      ->check(CLI::Range(1, 1'000'000))
-      ->capture_default_str();
-  command->add_option("--format", options->format, "Output format")
-      ->check(CLI::IsMember({"text", "json"}))
-      ->capture_default_str();
-  command
-      ->add_option("FILE", options->files,
-                   "Sound or video files, *.dat recordings, or - for standard input")
-      ->required();
-  command->callback([&line, options] { line.run = [options] { return recognize(*options); }; });
+  return {
+      .name = "recognize",
+      .summary = "Say which track a file is, and where in it",
+      .details =
+          "JSON: one object per file and line, with file, recognized, track_id, title, position\n"
+          "(seconds in the track at the excerpt's start) and votes.\n"
+          "\n"
+          "Examples:\n"
+          "  lirvox recognize excerpt.ogg\n"
+          "  lirvox recognize --start 60 --seconds 8 --format json film.mkv\n"
+          "  some-recorder | lirvox recognize -",
+      .options = {databaseOption(options->database),
+                  {.names = "--start",
+                   .value = &options->start,
+                   .help = "Where the excerpt starts",
+                   .unit = "SECONDS",
+                   .range = {{0, 1e7}}},
+                  {.names = "--seconds",
+                   .value = &options->seconds,
+                   .help = "Length of the excerpt",
+                   .unit = "SECONDS",
+                   .range = {{0.001, 3600}}},
+                  {.names = "--min-votes",
+                   .value = &options->minimumVotes,
+                   .help = "Votes that a result must exceed",
+                   .unit = "N",
+                   .range = {{1, 1'000'000}}},
+                  {.names = "--format",
+                   .value = &options->format,
+                   .help = "Output format",
+                   .choices = {"text", "json"}},
+                  {.names = "FILE",
+                   .value = &options->files,
+                   .help = "Sound or video files, *.dat recordings, or - for standard input",
+                   .required = true}},
+      .run = [options] { return recognize(*options); }};
 }
 
 }  // namespace lirvox::tools
