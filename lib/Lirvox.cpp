@@ -181,6 +181,19 @@ void Lirvox::hasAudioReceived(LirvoxMicrophone&, float** buffers, std::uint32_t 
       [&](Capture& capture) { capture.deliver(buffers[0], count, limitInBytes()); });
 }
 
+void Lirvox::changedPlayingState(LirvoxMicrophone&, bool isPlaying) {
+  if (!isPlaying || isRecording()) return;
+  platform::current()->mainQueue->async([weak = weak_from_this()] {
+    if (const auto self = weak.lock()) self->stopIdleMicrophone();
+  });
+}
+
+void Lirvox::stopIdleMicrophone() {
+  const std::lock_guard lock(state_->control);
+  if (isRecording()) return;
+  if (const auto microphone = this->microphone()) microphone->stopFetchingAudio();
+}
+
 std::size_t Lirvox::limitInBytes() const {
   const std::int32_t limit = saturatedInteger(
       static_cast<double>(LirvoxSettings::settingSampleRate()) * recordingTime() * 4.0);

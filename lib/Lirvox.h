@@ -190,6 +190,10 @@ class LIRVOX_EXPORT Lirvox : public LirvoxMicrophoneAudioDelegate,
   void hasAudioReceived(LirvoxMicrophone& microphone, float** buffers, std::uint32_t bufferSize,
                         std::uint32_t numberOfChannels) override;
 
+  /// Stops a microphone that was started while no capture runs, as the end of an
+  /// interruption does: nobody would stop it later.
+  void changedPlayingState(LirvoxMicrophone& microphone, bool isPlaying) override;
+
   /// Whether a complete block waits to be analysed.
   bool shouldProcessBuffer() const;
 
@@ -202,6 +206,7 @@ class LIRVOX_EXPORT Lirvox : public LirvoxMicrophoneAudioDelegate,
   void endCapture(const std::weak_ptr<Capture>& capture);
   void endReplay(const std::weak_ptr<Capture>& capture);
   void stopCapture(Capture& capture);
+  void stopIdleMicrophone();
   void finishPass(ProcessingPass& pass, PassState state);
   std::size_t limitInBytes() const;
 

@@ -259,6 +259,24 @@ TEST_F(Controller, EndsACaptureEarlyWhenIsRecordingIsSetFalse) {
   EXPECT_EQ(delegate_->calls(), Calls{foundSong_});
 }
 
+TEST_F(Controller, LetsNoInterruptionLeaveTheMicrophoneOn) {
+  using Interruption = platform::AudioSessionInterruption;
+  const auto post = [](Interruption::Type type) {
+    platform::current()->audioSession->postInterruption({type, Interruption::shouldResume});
+  };
+  install();
+  start();
+  post(Interruption::Type::began);
+  post(Interruption::Type::ended);
+  EXPECT_EQ(unitLog_, "start stop start ") << "the capture goes on";
+  deliver(song_);
+  platform_.scheduler.run();
+  EXPECT_EQ(delegate_->calls(), Calls{foundSong_});
+  post(Interruption::Type::ended);
+  platform_.scheduler.run();
+  EXPECT_EQ(unitLog_, "start stop start stop start stop ");
+}
+
 TEST_F(Controller, DropsACaptureWhenStopNowIsSet) {
   install();
   start();
