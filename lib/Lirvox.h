@@ -201,7 +201,7 @@ class LIRVOX_EXPORT Lirvox : public LirvoxMicrophoneAudioDelegate,
   struct State;
 
   Lirvox();
-  void beginCapture(const std::vector<std::byte>& recording);
+  void beginCapture(const std::vector<std::byte>& recording, const LirvoxMicrophone* microphone);
   void processBuffer();
   void endCapture(const std::weak_ptr<Capture>& capture);
   void endReplay(const std::weak_ptr<Capture>& capture);

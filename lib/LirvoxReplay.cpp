@@ -41,7 +41,7 @@ void Lirvox::startRecognizeFromFile() {
   const std::lock_guard lock(state_->control);
   // Unlike a live start, this neither asks whether a capture runs or a database is there,
   // nor takes back an earlier cancellation, nor notes the time. That is meant.
-  beginCapture(recording);
+  beginCapture(recording, nullptr);
   processBuffer();
   platform->mainQueue->after(
       kReplayTime, [weak = weak_from_this(), ended = std::weak_ptr(state_->capture.get())] {
