@@ -98,7 +98,10 @@ void printText(const std::string& file, const Finding& finding) {
 
 void reportFailure(const std::string& file, const std::string& reason, const Options& options) {
   complain(file + ": " + reason);
-  if (options.format == "json") print({{"file", file}, {"recognized", false}, {"error", reason}});
+  if (options.format != "json") return;
+  auto json = asJson(file, {});
+  json["error"] = reason;
+  print(json);
 }
 
 int recognize(const Options& options) {
