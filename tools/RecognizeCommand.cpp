@@ -74,7 +74,10 @@ nlohmann::ordered_json asJson(const std::string& file, const Finding& finding) {
     json["title"] = finding.title;
     json["position"] = finding.answer.positionInSeconds;
   } else {
-    json["track_id"] = json["title"] = json["position"] = nullptr;
+    // One by one: each new member may move the ones before.
+    json["track_id"] = nullptr;
+    json["title"] = nullptr;
+    json["position"] = nullptr;
   }
   json["votes"] = finding.votes;
   return json;
