@@ -15,13 +15,6 @@
 namespace lirvox::catalog {
 namespace {
 
-std::vector<Peak> withoutStrengths(const std::vector<PickedPeak>& picked) {
-  std::vector<Peak> peaks;
-  peaks.reserve(picked.size());
-  for (const PickedPeak& peak : picked) peaks.push_back(peak.peak);
-  return peaks;
-}
-
 // The strength of the peak at (frame, bin), which is one of `picked`.
 double strengthAt(const std::vector<PickedPeak>& picked, std::int32_t frame, std::int32_t bin) {
   return std::lower_bound(picked.begin(), picked.end(), Peak{frame, bin},

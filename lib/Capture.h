@@ -11,10 +11,12 @@
 
 namespace lirvox {
 
+class LirvoxMicrophone;
+
 /// What the audio thread, the processing pass and the controller share.
 ///
 /// All members may be used from any thread, except that one thread at a time
-/// delivers. Both wakers are set before the capture is published.
+/// delivers. The microphone and both wakers are set before the capture is published.
 class Capture {
  public:
   CaptureBuffer buffer;
@@ -24,6 +26,9 @@ class Capture {
   std::atomic<bool> recording{true};
   /// True once the capture is to be dropped without a lookup.
   std::atomic<bool> cancelled{false};
+
+  /// The only one that may deliver, or null: any may. Never dereferenced.
+  const LirvoxMicrophone* microphone = nullptr;
 
   /// Makes the pass look again.
   std::unique_ptr<platform::Waker> progress;

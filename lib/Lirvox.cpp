@@ -78,17 +78,20 @@ void Lirvox::startRecognize() {
   if (!databaseFileExists()) return;
   state_->stopNow = false;
   setTimeStartListening(platform::current()->clock->now());
-  setMicrophone(LirvoxMicrophone::microphoneWithDelegate(weak_from_this()));
-  beginCapture({});
-  microphone()->startFetchingAudio();
+  const auto microphone = LirvoxMicrophone::microphoneWithDelegate(weak_from_this());
+  setMicrophone(microphone);
+  beginCapture({}, microphone.get());
+  microphone->startFetchingAudio();
   processBuffer();
 }
 
 // Makes a fresh capture, with the samples that a recording holds already, the current one.
-void Lirvox::beginCapture(const std::vector<std::byte>& recording) {
+void Lirvox::beginCapture(const std::vector<std::byte>& recording,
+                          const LirvoxMicrophone* microphone) {
   if (const auto historyInfo = this->historyInfo()) LirvoxUtilities::clearHistoryInfo(*historyInfo);
   auto capture = std::make_shared<Capture>();
   capture->cancelled = stopNow();
+  capture->microphone = microphone;
   capture->buffer.append(recording.data(), recording.size());
   capture->buffer.reserve(recording.size() + kInitialReserveInBytes);
   state_->passes->prepare(*capture);
@@ -174,11 +177,27 @@ std::optional<std::string> Lirvox::databaseInfo() const {
 
 // --- For the microphone and the pass ---
 
-void Lirvox::hasAudioReceived(LirvoxMicrophone&, float** buffers, std::uint32_t bufferSize,
-                              std::uint32_t) {
+void Lirvox::hasAudioReceived(LirvoxMicrophone& microphone, float** buffers,
+                              std::uint32_t bufferSize, std::uint32_t) {
   const std::size_t count = std::size_t{bufferSize} * 4;
-  state_->capture.with(
-      [&](Capture& capture) { capture.deliver(buffers[0], count, limitInBytes()); });
+  state_->capture.with([&](Capture& capture) {
+    // The one of the capture before may be started by an interruption's end while it goes.
+    if (capture.microphone && capture.microphone != &microphone) return;
+    capture.deliver(buffers[0], count, limitInBytes());
+  });
+}
+
+void Lirvox::changedPlayingState(LirvoxMicrophone&, bool isPlaying) {
+  if (!isPlaying || isRecording()) return;
+  platform::current()->mainQueue->async([weak = weak_from_this()] {
+    if (const auto self = weak.lock()) self->stopIdleMicrophone();
+  });
+}
+
+void Lirvox::stopIdleMicrophone() {
+  const std::lock_guard lock(state_->control);
+  if (isRecording()) return;
+  if (const auto microphone = this->microphone()) microphone->stopFetchingAudio();
 }
 
 std::size_t Lirvox::limitInBytes() const {

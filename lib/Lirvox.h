@@ -190,6 +190,10 @@ class LIRVOX_EXPORT Lirvox : public LirvoxMicrophoneAudioDelegate,
   void hasAudioReceived(LirvoxMicrophone& microphone, float** buffers, std::uint32_t bufferSize,
                         std::uint32_t numberOfChannels) override;
 
+  /// Stops a microphone that was started while no capture runs, as the end of an
+  /// interruption does: nobody would stop it later.
+  void changedPlayingState(LirvoxMicrophone& microphone, bool isPlaying) override;
+
   /// Whether a complete block waits to be analysed.
   bool shouldProcessBuffer() const;
 
@@ -197,11 +201,12 @@ class LIRVOX_EXPORT Lirvox : public LirvoxMicrophoneAudioDelegate,
   struct State;
 
   Lirvox();
-  void beginCapture(const std::vector<std::byte>& recording);
+  void beginCapture(const std::vector<std::byte>& recording, const LirvoxMicrophone* microphone);
   void processBuffer();
   void endCapture(const std::weak_ptr<Capture>& capture);
   void endReplay(const std::weak_ptr<Capture>& capture);
   void stopCapture(Capture& capture);
+  void stopIdleMicrophone();
   void finishPass(ProcessingPass& pass, PassState state);
   std::size_t limitInBytes() const;
 

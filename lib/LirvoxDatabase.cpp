@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <random>
@@ -59,9 +58,11 @@ std::string fileSizeLine(const std::string& path) {
   std::error_code ignored;
   const auto bytes = std::filesystem::file_size(path, ignored);
   const float megabytes = (ignored ? 0.0F : static_cast<float>(bytes)) / 1024.0F / 1024.0F;
-  std::array<char, 64> line{};
-  std::snprintf(line.data(), line.size(), "DB size: %2f Mb", static_cast<double>(megabytes));
-  return line.data();
+  // As "%2f" prints it, but with a point whatever locale the host has set.
+  std::array<char, 64> text{};
+  const auto result =
+      std::to_chars(text.begin(), text.end(), megabytes, std::chars_format::fixed, 6);
+  return "DB size: " + std::string(text.begin(), result.ptr) + " Mb";
 }
 
 int randomSleepInMilliseconds() {

@@ -1,10 +1,8 @@
 // Recordings of captures: keeping one, and recognising one again.
-#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -22,12 +20,15 @@ constexpr const char* kRecordingName = "soundLirvox.dat";
 constexpr std::chrono::seconds kReplayTime{4};
 constexpr std::chrono::seconds kPauseBeforeLive{2};
 
-// The whole file; nothing when there is none.
+// The file as far as it can be read; nothing when there is none.
 std::vector<std::byte> readFile(const std::string& path) {
+  std::error_code error;
+  const auto size = std::filesystem::file_size(path, error);
+  if (error) return {};
+  std::vector<std::byte> bytes(size);
   std::ifstream file(path, std::ios::binary);
-  std::vector<std::byte> bytes;
-  std::transform(std::istreambuf_iterator<char>(file), {}, std::back_inserter(bytes),
-                 [](char c) { return static_cast<std::byte>(c); });
+  file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(size));
+  bytes.resize(static_cast<std::size_t>(file.gcount()));
   return bytes;
 }
 
@@ -40,7 +41,7 @@ void Lirvox::startRecognizeFromFile() {
   const std::lock_guard lock(state_->control);
   // Unlike a live start, this neither asks whether a capture runs or a database is there,
   // nor takes back an earlier cancellation, nor notes the time. That is meant.
-  beginCapture(recording);
+  beginCapture(recording, nullptr);
   processBuffer();
   platform->mainQueue->after(
       kReplayTime, [weak = weak_from_this(), ended = std::weak_ptr(state_->capture.get())] {

@@ -38,10 +38,12 @@ void Lirvox::setUserApiKey(std::string key) {
 }
 
 std::shared_ptr<platform::HttpSession> Lirvox::session() const {
+  if (auto session = state_->read(state_->session)) return session;
+  // Made without the lock: a host that makes sessions itself may ask this object for things.
+  auto made = platform::current()->makeHttpSession(LirvoxWeb::sessionConfiguration());
   const std::lock_guard lock(state_->fields);
-  auto& session = state_->session;
-  if (!session) session = platform::current()->makeHttpSession(LirvoxWeb::sessionConfiguration());
-  return session;
+  if (!state_->session) state_->session = std::move(made);
+  return state_->session;
 }
 
 void Lirvox::setSession(std::shared_ptr<platform::HttpSession> session) {
@@ -49,10 +51,8 @@ void Lirvox::setSession(std::shared_ptr<platform::HttpSession> session) {
 }
 
 std::string Lirvox::databasePath() const {
-  const std::lock_guard lock(state_->fields);
-  auto& path = state_->databasePath;
-  if (path.empty()) path = platform::current()->directories->cachesDirectory() + "/db.sqlite";
-  return path;
+  const std::string path = state_->read(state_->databasePath);
+  return path.empty() ? platform::current()->directories->cachesDirectory() + "/db.sqlite" : path;
 }
 
 void Lirvox::setDatabasePath(std::string path) {

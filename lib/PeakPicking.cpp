@@ -124,13 +124,6 @@ std::vector<PickedPeak> findPeaksOfDensity(Spectrogram& density, double largest)
       density);
 }
 
-std::vector<Peak> withoutStrengths(const std::vector<PickedPeak>& picked) {
-  std::vector<Peak> peaks;
-  peaks.reserve(picked.size());
-  for (const PickedPeak& one : picked) peaks.push_back(one.peak);
-  return peaks;
-}
-
 }  // namespace
 
 void scaleToDensity(Spectrogram& specgram) {
@@ -151,6 +144,13 @@ void highPass(Spectrogram& specgram) {
 
 std::vector<PickedPeak> pickPeaksWithStrength(const Spectrogram& filtered) {
   return pickPeaksAfter([](std::int32_t, std::int32_t) {}, filtered);
+}
+
+std::vector<Peak> withoutStrengths(const std::vector<PickedPeak>& picked) {
+  std::vector<Peak> peaks;
+  peaks.reserve(picked.size());
+  for (const PickedPeak& one : picked) peaks.push_back(one.peak);
+  return peaks;
 }
 
 std::vector<Peak> pickPeaks(const Spectrogram& filtered) {

@@ -38,6 +38,9 @@ struct PickedPeak {
 /// `pickPeaks`, with strengths.
 LIRVOX_EXPORT std::vector<PickedPeak> pickPeaksWithStrength(const Spectrogram& filtered);
 
+/// The peaks alone.
+LIRVOX_EXPORT std::vector<Peak> withoutStrengths(const std::vector<PickedPeak>& picked);
+
 /// All stages in a row, in the memory of `power`, whose values are lost.
 LIRVOX_EXPORT std::vector<PickedPeak> findPeaksWithStrength(Spectrogram&& power);
 

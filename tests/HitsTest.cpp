@@ -71,13 +71,6 @@ TEST(FormHits, FormsOneHitPerQueryHashAndRowInOrder) {
   }
 }
 
-TEST(FormHits, HasNoneWithoutAnAnswer) {
-  const PassHits pass = formHits(nullptr, {{1, 2}});
-  EXPECT_TRUE(pass.hits.empty());
-  EXPECT_TRUE(pass.trackHitCounts.empty());
-  EXPECT_EQ(pass.minimumOffset, kMax);
-}
-
 TEST(DecimalString, BehavesAsItsText) {
   const std::vector<std::int32_t> inTextOrder = {-1, -12, kMin, -9, 0, 1, 10, 100, 12, kMax, 9, 99};
   for (std::size_t i = 0; i < inTextOrder.size(); ++i) {

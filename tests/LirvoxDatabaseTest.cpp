@@ -200,17 +200,5 @@ TEST_F(Database, FinalizesLeakedStatementsWhenClosed) {
   EXPECT_EQ(platform_.log->lines(), (Lines(2, "Closing leaked statement")));
 }
 
-TEST_F(Database, TellsTheLastErrorOfTheOpenFile) {
-  test::writeFile(path_, std::string(4096, 'x'));
-  ASSERT_TRUE(store_.open());
-  EXPECT_EQ(store_.lastErrorCode(), SQLITE_OK);
-  EXPECT_EQ(store_.lastErrorMessage(), "not an error");
-  const LirvoxError error = store_.errorWithMessage("what the host says");
-  EXPECT_EQ(error.domain, "FMDatabase");
-  EXPECT_EQ(error.code, SQLITE_OK);
-  EXPECT_EQ(error.localizedDescription, "what the host says");
-  EXPECT_FALSE(store_.databaseInfo());
-}
-
 }  // namespace
 }  // namespace lirvox

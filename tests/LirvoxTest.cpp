@@ -1,6 +1,7 @@
 // The controller, in virtual time.
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <limits>
 #include <string>
 #include <vector>
@@ -215,7 +216,10 @@ TEST_F(Controller, AnswersACaptureThatTheNextOneOverlaps) {
   start();
   deliver(song_);
   runUntilLimit();
+  const auto before = lirvox_->microphone();
   start();
+  float* late[] = {reinterpret_cast<float*>(const_cast<std::int32_t*>(song_.data()))};
+  lirvox_->hasAudioReceived(*before, late, 1000, 1);
   EXPECT_FALSE(lirvox_->bufferAudioData());
   deliver(other_.data(), 30000);
   EXPECT_EQ(samplesOf(lirvox_->bufferAudioData()), 30000U);
@@ -259,6 +263,24 @@ TEST_F(Controller, EndsACaptureEarlyWhenIsRecordingIsSetFalse) {
   EXPECT_EQ(delegate_->calls(), Calls{foundSong_});
 }
 
+TEST_F(Controller, LetsNoInterruptionLeaveTheMicrophoneOn) {
+  using Interruption = platform::AudioSessionInterruption;
+  const auto post = [](Interruption::Type type) {
+    platform::current()->audioSession->postInterruption({type, Interruption::shouldResume});
+  };
+  install();
+  start();
+  post(Interruption::Type::began);
+  post(Interruption::Type::ended);
+  EXPECT_EQ(unitLog_, "start stop start ") << "the capture goes on";
+  deliver(song_);
+  platform_.scheduler.run();
+  EXPECT_EQ(delegate_->calls(), Calls{foundSong_});
+  post(Interruption::Type::ended);
+  platform_.scheduler.run();
+  EXPECT_EQ(unitLog_, "start stop start stop start stop ");
+}
+
 TEST_F(Controller, DropsACaptureWhenStopNowIsSet) {
   install();
   start();
@@ -272,6 +294,36 @@ TEST_F(Controller, DropsACaptureWhenStopNowIsSet) {
   EXPECT_FALSE(lirvox_->isRecording());
   EXPECT_EQ(unitLog_, "start stop ");
   EXPECT_EQ(delegate_->calls(), Calls());
+}
+
+TEST_F(Controller, ReplaysARecordingAndThenListens) {
+  const std::string saved = platform_.folder.path("caches/soundLirvox.dat");
+  install();
+  start();
+  deliver(song_);
+  lirvox_->saveCurrentBufferToFile();
+  lirvox_->stopRecognize();
+  platform_.scheduler.run();
+  test::writeFile(platform_.folder.path("resources/soundLirvox.dat"), test::readFile(saved));
+  std::filesystem::remove(saved);
+  lirvox_->saveCurrentBufferToFile();
+  EXPECT_FALSE(std::filesystem::exists(saved)) << "nothing is held any more";
+  // After a cancellation nothing is delivered; the live start takes that back.
+  for (const Calls& expected : {Calls(), Calls{{7, 46.4399109F, 50.4399109F}}}) {
+    lirvox_->startRecognizeFromFile();
+    platform_.scheduler.advance(4s - 1ns);
+    EXPECT_EQ(samplesOf(lirvox_->processedBuffer()), expected.empty() ? 0 : 21 * kBlock);
+    EXPECT_EQ(delegate_->calls(), Calls());
+    platform_.scheduler.advance(1ns);
+    EXPECT_EQ(delegate_->takeCalls(), expected);
+    platform_.scheduler.advance(2s - 1ns);
+    EXPECT_FALSE(lirvox_->isRecording());
+    platform_.scheduler.advance(1ns);
+    EXPECT_TRUE(lirvox_->isRecording() && lirvox_->microphone() && !lirvox_->stopNow());
+    deliver(other_);
+    platform_.scheduler.run();
+    EXPECT_EQ(delegate_->takeCalls(), Calls{foundOther_});
+  }
 }
 
 // A delegate that listens on until it has heard three outcomes.

@@ -1,6 +1,7 @@
 // The order of the tracks: it shows the vote the track that is heard, and only that.
 #include <algorithm>
 #include <numeric>
+#include <ostream>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -78,6 +79,10 @@ struct Case {
   std::int32_t firstHitAnswer;
   std::int32_t chosenAnswer;
 };
+
+void PrintTo(const Case& one, std::ostream* out) {
+  *out << one.name;
+}
 
 class TrackOrder : public testing::TestWithParam<Case> {};
 

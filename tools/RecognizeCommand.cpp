@@ -74,7 +74,10 @@ nlohmann::ordered_json asJson(const std::string& file, const Finding& finding) {
     json["title"] = finding.title;
     json["position"] = finding.answer.positionInSeconds;
   } else {
-    json["track_id"] = json["title"] = json["position"] = nullptr;
+    // One by one: each new member may move the ones before.
+    json["track_id"] = nullptr;
+    json["title"] = nullptr;
+    json["position"] = nullptr;
   }
   json["votes"] = finding.votes;
   return json;
@@ -98,7 +101,10 @@ void printText(const std::string& file, const Finding& finding) {
 
 void reportFailure(const std::string& file, const std::string& reason, const Options& options) {
   complain(file + ": " + reason);
-  if (options.format == "json") print({{"file", file}, {"recognized", false}, {"error", reason}});
+  if (options.format != "json") return;
+  auto json = asJson(file, {});
+  json["error"] = reason;
+  print(json);
 }
 
 int recognize(const Options& options) {

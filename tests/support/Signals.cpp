@@ -1,7 +1,6 @@
 // Signals that tests make themselves.
 #include "tests/support/Signals.h"
 
-#include <cmath>
 #include <cstdlib>
 
 namespace lirvox::test {
@@ -55,15 +54,6 @@ std::vector<float> noise(std::size_t count, std::uint32_t seed) {
   Random random(seed);
   std::vector<float> samples(count);
   for (float& sample : samples) sample = static_cast<float>(random.next() - 32768) / 32768.0F;
-  return samples;
-}
-
-std::vector<float> sine(std::size_t count, double bin) {
-  std::vector<float> samples(count);
-  for (std::size_t i = 0; i < count; ++i) {
-    samples[i] = static_cast<float>(
-        std::sin(6.283185307179586 * bin * static_cast<double>(i) / 512.0 + 0.25));
-  }
   return samples;
 }
 

@@ -10,9 +10,6 @@ namespace lirvox::test {
 /// Noise in (-1, 1), the same everywhere.
 std::vector<float> noise(std::size_t count, std::uint32_t seed = 1);
 
-/// A sine of full scale at the frequency of `bin`, at 11025 Hz.
-std::vector<float> sine(std::size_t count, double bin);
-
 /// A piece of music as 32-bit samples of the capture format: four voices that play
 /// random notes over soft noise. Made of integer arithmetic only, so that it is the
 /// same with every compiler and on every processor.
