@@ -80,4 +80,19 @@ Option databaseOption(std::string& path) {
   return {.names = "-d,--database", .value = &path, .help = "Database", .unit = "FILE"};
 }
 
+Option votesOption(int& votes) {
+  votes = LirvoxSettings::minimumFindedCntDefault();
+  return {.names = "--min-votes",
+          .value = &votes,
+          .help = "Votes that a result must exceed",
+          .unit = "N",
+          .range = {{1, 1'000'000}}};
+}
+
+Option formatOption(std::string& format) {
+  format = "text";
+  return {
+      .names = "--format", .value = &format, .help = "Output format", .choices = {"text", "json"}};
+}
+
 }  // namespace lirvox::tools

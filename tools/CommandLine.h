@@ -66,8 +66,15 @@ Command indexCommand();
 Command recognizeCommand();
 Command fingerprintCommand();
 Command infoCommand();
+Command listenCommand();
+Command devicesCommand();
+Command replayCommand();
 
 /// The option -d, which stands for the installed database unless given.
 Option databaseOption(std::string& path);
+/// --min-votes, with the recognizer's default.
+Option votesOption(int& votes);
+/// --format, text or json.
+Option formatOption(std::string& format);
 
 }  // namespace lirvox::tools

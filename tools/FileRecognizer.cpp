@@ -1,6 +1,7 @@
 // Recognition of samples from memory, through the recognizer and its delegate.
 #include "tools/FileRecognizer.h"
 
+#include <filesystem>
 #include <future>
 #include <utility>
 
@@ -10,7 +11,6 @@
 #include "lib/LirvoxSettings.h"
 #include "lib/platform/MemoryAudioUnit.h"
 #include "lib/platform/Platform.h"
-#include "tools/InstalledDatabase.h"
 
 namespace lirvox::tools {
 namespace {
@@ -18,8 +18,9 @@ namespace {
 // Keeps the first call of the delegate.
 class Listener : public LirvoxDelegate {
  public:
-  void didRecognize(std::int32_t trackId, float absoluteTimeOffset, float) override {
-    answer_.set_value({true, trackId, absoluteTimeOffset});
+  void didRecognize(std::int32_t trackId, float absoluteTimeOffset,
+                    float relativeTimeOffset) override {
+    answer_.set_value({true, trackId, absoluteTimeOffset, relativeTimeOffset});
   }
   void didNotRecognize() override { answer_.set_value({}); }
 
@@ -32,9 +33,9 @@ class Listener : public LirvoxDelegate {
 }  // namespace
 
 FileRecognizer::FileRecognizer(const std::string& path, std::int32_t minimumVotes)
-    : playing_(std::make_shared<Samples>()) {
+    : installed_(path), playing_(std::make_shared<Samples>()) {
   platform::Platform platform = platform::systemPlatform();
-  platform.directories = std::make_shared<InstalledDatabase>(path);
+  platform.directories = installed_.directories();
   platform.audioSession = std::make_shared<platform::NullAudioSession>();
   platform.makeInputUnit = [playing = playing_](platform::AudioStatus&) {
     return std::make_unique<platform::MemoryAudioUnit>(*playing);
@@ -57,6 +58,20 @@ Answer FileRecognizer::recognize(Samples samples) {
   // A start without a database file would be silent, and the wait without end.
   if (!lirvox->canRecognize(error)) throw catalog::CatalogError(error.localizedDescription);
   lirvox->startRecognize();
+  const Answer answer = listener->wait();
+  lirvox->setDelegate(nullptr);
+  return answer;
+}
+
+Answer FileRecognizer::replay(const std::string& path) {
+  namespace fs = std::filesystem;
+  std::error_code error;
+  fs::create_symlink(fs::absolute(path), installed_.recordingPath(), error);
+  if (error) throw catalog::CatalogError(installed_.recordingPath() + ": " + error.message());
+  const auto lirvox = Lirvox::sharedInstance();
+  const auto listener = std::make_shared<Listener>();
+  lirvox->setDelegate(listener);
+  lirvox->startRecognizeFromFile();
   const Answer answer = listener->wait();
   lirvox->setDelegate(nullptr);
   return answer;

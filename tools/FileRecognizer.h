@@ -6,14 +6,10 @@
 #include <string>
 #include <vector>
 
-namespace lirvox::tools {
+#include "tools/Answer.h"
+#include "tools/InstalledDatabase.h"
 
-/// What the delegate was told.
-struct Answer {
-  bool recognized = false;
-  std::int32_t trackId = 0;
-  float positionInSeconds = 0.0F;  ///< in the track, at the start of the samples
-};
+namespace lirvox::tools {
 
 /// Runs one capture after the other on the process's recognizer. Installs a platform
 /// of its own, so one at a time, and before anything else uses the library.
@@ -28,7 +24,13 @@ class FileRecognizer {
   /// and waits for its answer.
   Answer recognize(Samples samples);
 
+  /// Has the recording at `path` recognised as one among the resources of an application
+  /// is, which takes 4 seconds, and waits for the answer. The live capture that follows
+  /// 2 seconds after hears nothing. Throws `CatalogError` when it cannot be put there.
+  Answer replay(const std::string& path);
+
  private:
+  const InstalledDatabase installed_;
   const std::shared_ptr<Samples> playing_;
 };
 

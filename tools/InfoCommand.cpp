@@ -20,8 +20,9 @@ namespace {
 int info(const std::string& path) {
   if (!databaseIsUsable(path)) return exitDatabase;
   const catalog::CatalogSummary summary = catalog::summarize(path);
+  const InstalledDatabase installed(path);
   platform::Platform platform = platform::systemPlatform();
-  platform.directories = std::make_shared<InstalledDatabase>(path);
+  platform.directories = installed.directories();
   platform::install(std::move(platform));
   LirvoxDatabase store(LirvoxSettings::databasePath());
   std::cout << store.databaseInfo().value_or("") << '\n'

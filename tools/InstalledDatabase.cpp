@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <utility>
 
 #include <stdlib.h>
 
@@ -13,23 +14,43 @@ namespace lirvox::tools {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+class OneFolder : public platform::Directories {
+ public:
+  explicit OneFolder(std::string folder) : folder_(std::move(folder)) {}
+
+  std::string cachesDirectory() const override { return folder_; }
+  std::string configurationDirectory() const override { return folder_; }
+  std::string resourcesDirectory() const override { return folder_; }
+
+ private:
+  const std::string folder_;
+};
+
+}  // namespace
+
 InstalledDatabase::InstalledDatabase(const std::string& path) {
   std::error_code error;
   std::string folder = (fs::temp_directory_path(error) / "lirvox-XXXXXX").string();
   if (error || !::mkdtemp(folder.data())) {
     throw catalog::CatalogError(folder + ": " + std::strerror(errno));
   }
-  caches_ = folder;
-  fs::create_directory(fs::path(caches_) / "lirvox", error);
+  folder_ = folder;
+  fs::create_directory(fs::path(folder_) / "lirvox", error);
   if (!error) {
-    fs::create_symlink(fs::absolute(path), fs::path(caches_) / "lirvox" / "db1.sqlite", error);
+    fs::create_symlink(fs::absolute(path), fs::path(folder_) / "lirvox" / "db1.sqlite", error);
   }
-  if (error) throw catalog::CatalogError(caches_ + ": " + error.message());
+  if (error) throw catalog::CatalogError(folder_ + ": " + error.message());
 }
 
 InstalledDatabase::~InstalledDatabase() {
   std::error_code ignored;
-  fs::remove_all(caches_, ignored);
+  fs::remove_all(folder_, ignored);
+}
+
+std::shared_ptr<platform::Directories> InstalledDatabase::directories() const {
+  return std::make_shared<OneFolder>(folder_);
 }
 
 }  // namespace lirvox::tools

@@ -1,24 +1,18 @@
 // lirvox recognize: which track a file is, and where in it.
+#include <algorithm>
 #include <cstdint>
-#include <iostream>
-#include <map>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-#include <nlohmann/json.hpp>
-
-#include "catalog/CatalogSummary.h"
 #include "lib/LirvoxDatabase.h"
 #include "lib/LirvoxSettings.h"
 #include "tools/AudioDecoder.h"
 #include "tools/CommandLine.h"
-#include "tools/Console.h"
 #include "tools/DatabaseCheck.h"
 #include "tools/FileRecognizer.h"
 #include "tools/QueryPass.h"
+#include "tools/Report.h"
 
 namespace lirvox::tools {
 namespace {
@@ -27,15 +21,9 @@ struct Options {
   std::string database;
   double start = 0.0;
   double seconds = LirvoxSettings::recordTime();
-  std::int32_t minimumVotes = LirvoxSettings::minimumFindedCntDefault();
-  std::string format = "text";
+  std::int32_t minimumVotes = 0;
+  std::string format;
   std::vector<std::string> files;
-};
-
-struct Finding {
-  Answer answer;
-  std::string title;
-  std::int32_t votes = 0;
 };
 
 // The samples from `start` on, `seconds` of them or as many as there are.
@@ -67,49 +55,9 @@ std::int32_t votesOf(const std::vector<std::int32_t>& samples, const Options& op
   return result ? result->result_count.intValue() : 0;
 }
 
-nlohmann::ordered_json asJson(const std::string& file, const Finding& finding) {
-  nlohmann::ordered_json json = {{"file", file}, {"recognized", finding.answer.recognized}};
-  if (finding.answer.recognized) {
-    json["track_id"] = finding.answer.trackId;
-    json["title"] = finding.title;
-    json["position"] = finding.answer.positionInSeconds;
-  } else {
-    // One by one: each new member may move the ones before.
-    json["track_id"] = nullptr;
-    json["title"] = nullptr;
-    json["position"] = nullptr;
-  }
-  json["votes"] = finding.votes;
-  return json;
-}
-
-// File names are bytes, and need not be UTF-8.
-void print(const nlohmann::ordered_json& json) {
-  std::cout << json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << std::endl;
-}
-
-void printText(const std::string& file, const Finding& finding) {
-  std::cout << file << ": ";
-  if (finding.answer.recognized) {
-    std::cout << finding.title << " at " << clockTime(finding.answer.positionInSeconds) << " ("
-              << finding.votes << " votes)";
-  } else {
-    std::cout << "not recognized";
-  }
-  std::cout << std::endl;
-}
-
-void reportFailure(const std::string& file, const std::string& reason, const Options& options) {
-  complain(file + ": " + reason);
-  if (options.format != "json") return;
-  auto json = asJson(file, {});
-  json["error"] = reason;
-  print(json);
-}
-
 int recognize(const Options& options) {
   if (!databaseIsUsable(options.database)) return exitDatabase;
-  const auto titles = catalog::trackTitles(options.database);
+  const Report report(options.database, options.format);
   FileRecognizer recognizer(options.database, options.minimumVotes);
   bool recognizedAny = false;
   bool failedAny = false;
@@ -117,18 +65,12 @@ int recognize(const Options& options) {
     try {
       const auto samples = std::make_shared<const std::vector<std::int32_t>>(
           readExcerpt(file, options.start, options.seconds));
-      Finding finding{recognizer.recognize(samples), {}, 0};
-      if (finding.answer.recognized) {
-        recognizedAny = true;
-        finding.votes = votesOf(*samples, options);
-        const auto title = titles.find(finding.answer.trackId);
-        finding.title = title == titles.end() ? "track " + std::to_string(finding.answer.trackId)
-                                              : title->second;
-      }
-      options.format == "json" ? print(asJson(file, finding)) : printText(file, finding);
+      const Answer answer = recognizer.recognize(samples);
+      recognizedAny = recognizedAny || answer.recognized;
+      report.file(file, answer, answer.recognized ? votesOf(*samples, options) : 0);
     } catch (const AudioError& error) {
       failedAny = true;
-      reportFailure(file, error.what(), options);
+      report.failure(file, error.what(), 0);
     }
   }
   if (failedAny) return exitSomeFailed;
@@ -161,15 +103,8 @@ Command recognizeCommand() {
                    .help = "Length of the excerpt",
                    .unit = "SECONDS",
                    .range = {{0.001, 3600}}},
-                  {.names = "--min-votes",
-                   .value = &options->minimumVotes,
-                   .help = "Votes that a result must exceed",
-                   .unit = "N",
-                   .range = {{1, 1'000'000}}},
-                  {.names = "--format",
-                   .value = &options->format,
-                   .help = "Output format",
-                   .choices = {"text", "json"}},
+                  votesOption(options->minimumVotes),
+                  formatOption(options->format),
                   {.names = "FILE",
                    .value = &options->files,
                    .help = "Sound or video files, *.dat recordings, or - for standard input",

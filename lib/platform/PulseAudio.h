@@ -8,12 +8,15 @@
 
 namespace lirvox::platform {
 
-/// What the server and its users are told about the application.
+/// What the server and its users are told about the application, and what it asks for.
 struct PulseAudioNames {
   std::string application;
   std::string stream = "Recognition";
   /// Empty: the user's own server.
   std::string server;
+  /// The source to capture from, and from no other, until the session is asked for
+  /// another. Empty: the default source, which is followed when it changes.
+  std::string source;
 };
 
 /// Gives `platform` the server's sound: an audio session whose input ports are

@@ -16,7 +16,8 @@ LirvoxError failure(const std::string& description) {
 
 }  // namespace
 
-PulseAudioSession::PulseAudioSession(PulseAudioNames names) : names_(std::move(names)) {}
+PulseAudioSession::PulseAudioSession(PulseAudioNames names)
+    : names_(std::move(names)), preferredSource_(names_.source) {}
 
 // A server mixes what applications do: it has no categories.
 bool PulseAudioSession::setCategory(AudioSessionCategory, LirvoxError&) {
