@@ -22,7 +22,8 @@ LevelMeter::LevelMeter() : terminal_(::isatty(STDERR_FILENO) == 1) {}
 
 void LevelMeter::show(std::uint32_t peak, double seconds, double secondsOfCapture) {
   if (!terminal_) return;
-  const double level = peak > 0 ? 20 * std::log10(peak / 2147483648.0) : -INFINITY;
+  level_ = std::max(peak, level_ / 2);
+  const double level = level_ > 0 ? 20 * std::log10(level_ / 2147483648.0) : -INFINITY;
   const double share = std::clamp(1 - level / kQuietest, 0.0, 1.0);
   const auto bars = static_cast<std::size_t>(std::lround(share * kWidth));
   std::array<char, 64> numbers{};

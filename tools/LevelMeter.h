@@ -14,13 +14,15 @@ class LevelMeter {
   LevelMeter& operator=(const LevelMeter&) = delete;
 
   bool isShown() const { return terminal_; }
-  /// `peak` is a magnitude in [0, 2^31], `seconds` how much of a capture there is.
+  /// `peak` is a magnitude in [0, 2^31], `seconds` how much of a capture there is. The
+  /// bar falls slowly.
   void show(std::uint32_t peak, double seconds, double secondsOfCapture);
   /// Clears the line, so that something else can be written; it comes back with `show`.
   void hide();
 
  private:
   const bool terminal_;
+  std::uint32_t level_ = 0;
 };
 
 }  // namespace lirvox::tools

@@ -16,7 +16,7 @@ struct PulseAudioNames {
   std::string server;
   /// The source to capture from, and from no other, until the session is asked for
   /// another. Empty: the default source, which is followed when it changes.
-  std::string source;
+  std::string source{};
 };
 
 /// Gives `platform` the server's sound: an audio session whose input ports are

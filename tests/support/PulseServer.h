@@ -5,9 +5,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -16,12 +14,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "Tune.h"
+
 namespace lirvox::test {
 
 class PulseServer {
  public:
   static bool isInstalled() {
-    return std::system("command -v pulseaudio pactl pacat >/dev/null 2>&1") == 0;
+    return std::system("command -v pulseaudio pactl paplay >/dev/null 2>&1") == 0;
   }
 
   PulseServer() {
@@ -50,19 +50,19 @@ class PulseServer {
            0;
   }
 
-  // Plays a sine into a sink until the server ends.
+  // Plays samples as `writeWav` takes them into a sink, until they or the server end.
+  void play(const std::string& sink, const std::vector<std::int32_t>& samples) {
+    const std::string file = folder_ + "/" + sink + ".wav";
+    writeWav(file, samples);
+    players_.push_back(spawn({"paplay", "--server=" + address(), "--device=" + sink, file}));
+  }
   void playSine(const std::string& sink, double frequency) {
-    const std::string file = folder_ + "/" + sink + ".raw";
-    std::vector<std::int16_t> samples(44100 * 60);
+    std::vector<std::int32_t> samples(11025 * 60);
     for (std::size_t i = 0; i < samples.size(); ++i) {
-      const double phase = 2 * M_PI * frequency * static_cast<double>(i) / 44100;
-      samples[i] = static_cast<std::int16_t>(16000 * std::sin(phase));
+      const double phase = 2 * M_PI * frequency * static_cast<double>(i) / 11025;
+      samples[i] = static_cast<std::int32_t>(16000 * std::sin(phase));
     }
-    std::ofstream(file, std::ios::binary)
-        .write(reinterpret_cast<const char*>(samples.data()),
-               static_cast<std::streamsize>(samples.size() * 2));
-    players_.push_back(spawn({"pacat", "--server=" + address(), "--device=" + sink,
-                              "--format=s16le", "--rate=44100", "--channels=1", file}));
+    play(sink, samples);
   }
 
   void freeze() { ::kill(server_, SIGSTOP); }

@@ -1,0 +1,170 @@
+// The program with a real PulseAudio server, and the rules by which it listens.
+#include <array>
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <sys/wait.h>
+
+#include "tests/support/PulseServer.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/Tune.h"
+#include "tools/RepeatFilter.h"
+#include "tools/SoundWatch.h"
+
+namespace lirvox::test {
+namespace {
+
+using tools::RepeatFilter;
+using tools::SoundWatch;
+
+std::chrono::steady_clock::time_point at(double seconds) {
+  return std::chrono::steady_clock::time_point(
+      std::chrono::milliseconds(static_cast<long>(1000 * seconds)));
+}
+
+TEST(RepeatFilter, LetsATrackPassAgainOnlyAfterAJumpOrAnotherTrack) {
+  const struct {
+    std::int32_t trackId;
+    double position, time;
+    bool isNews;
+  } heard[] = {
+      {3, 10, 5, true},     {3, 15.1, 10, false}, {3, 60, 55, false},
+      {3, 58.1, 55, false}, {3, 10, 60, true},    {3, 200, 65, true},
+      {4, 1, 70, true},     {3, 205, 75, true},   {3, 207.1, 75, true},
+  };
+  RepeatFilter filter;
+  for (const auto& [trackId, position, time, isNews] : heard) {
+    EXPECT_EQ(filter.isNews(trackId, position, at(time)), isNews) << position << " s at " << time;
+  }
+}
+
+TEST(SoundWatch, TellsOnceWhenNothingOrOnlySilenceArrives) {
+  constexpr std::uint32_t kDither = 1U << 16;
+  constexpr std::uint32_t kLoud = 1U << 30;
+  using enum SoundWatch::State;
+  SoundWatch watch;
+  const auto note = [&](double time, std::uint64_t frames, std::uint32_t peak) {
+    return watch.note(at(time), frames, peak);
+  };
+  watch.begin(at(10));
+  EXPECT_EQ(note(11.9, 0, 0), std::nullopt);
+  EXPECT_EQ(note(12, 0, 0), noAudio);
+  EXPECT_EQ(note(13, 0, 0), std::nullopt);
+  EXPECT_EQ(note(13.5, 100, kDither), silence);
+  EXPECT_EQ(watch.lastArrival(), at(13.5));
+  EXPECT_EQ(note(14, 200, kDither), std::nullopt);
+  EXPECT_EQ(note(14.5, 300, kLoud), sound);
+  EXPECT_EQ(note(16, 400, 0), std::nullopt) << "a pause in a capture is no silent capture";
+  watch.begin(at(20));
+  EXPECT_EQ(note(21.9, 500, 0), std::nullopt);
+  EXPECT_EQ(note(22, 600, 0), silence);
+  watch.begin(at(25));
+  EXPECT_EQ(note(27, 700, 0), std::nullopt) << "it was told already";
+}
+
+class Listen : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (!PulseServer::isInstalled()) GTEST_SKIP() << "no pulseaudio, pactl or paplay here";
+    server_ = std::make_unique<PulseServer>();
+    writeWav(folder_.path("tune.wav").string(), tune_);
+  }
+
+  struct Finished {
+    int status = -1;
+    std::string output;  // of both streams
+  };
+
+  // Runs a command with the program's name for @; `withLine` gets each line as it comes.
+  Finished run(std::string command, const std::function<void(const std::string&)>& withLine = {}) {
+    command.replace(command.find('@'), 1, LIRVOX_PROGRAM);
+    command = "cd '" + folder_.path().string() +
+              "'; export LIRVOX_CACHES_DIR=. PULSE_SERVER=" + server_->address() + "; " + command +
+              " 2>&1";
+    Finished finished;
+    std::FILE* const pipe = ::popen(command.c_str(), "r");
+    std::array<char, 1000> line{};
+    while (std::fgets(line.data(), line.size(), pipe)) {
+      finished.output += line.data();
+      if (withLine) withLine(line.data());
+    }
+    finished.status = WEXITSTATUS(::pclose(pipe));
+    return finished;
+  }
+
+  const std::vector<std::int32_t> tune_ = makeTune(1, 40.0);
+  TemporaryFolder folder_;
+  std::unique_ptr<PulseServer> server_;
+};
+
+TEST_F(Listen, RecognizesWhatAPlayerPlaysAndReplaysTheCapture) {
+  ASSERT_EQ(run("@ index tune.wav").status, 0);
+  server_->play("one", tune_);
+  const Finished live = run("@ listen --seconds 4 --format json --save heard.dat");
+  EXPECT_EQ(live.status, 0) << live.output;
+  const auto answer = nlohmann::json::parse(live.output);
+  EXPECT_EQ(answer.at("title"), "tune");
+  const double position = answer.at("position");
+  EXPECT_GE(answer.at("position_now").get<double>(), position + 4);
+
+  for (const char* command :
+       {"@ replay --format json heard.dat", "@ recognize --format json heard.dat"}) {
+    const Finished again = run(command);
+    EXPECT_EQ(again.status, 0) << again.output;
+    EXPECT_NEAR(nlohmann::json::parse(again.output).at("position").get<double>(), position, 0.05);
+  }
+}
+
+TEST_F(Listen, GoesOnUntilTheServerDies) {
+  ASSERT_EQ(run("@ index tune.wav").status, 0);
+  server_->play("one", tune_);
+  const Finished finished = run("@ listen --continuous --seconds 3", [&](const std::string& line) {
+    if (line.rfind("tune at 0:", 0) == 0) server_->kill();
+  });
+  EXPECT_EQ(finished.status, 5);
+  EXPECT_NE(finished.output.find("No sound server"), std::string::npos) << finished.output;
+}
+
+TEST_F(Listen, SaysWhatIsMissingAndEndsWhenItIsTold) {
+  ASSERT_EQ(run("@ index tune.wav").status, 0);
+  ASSERT_TRUE(server_->control("set-default-source two.monitor"));
+  const struct {
+    const char* command;
+    int status;
+    const char* says;
+  } cases[] = {
+      {"@ devices", 0, "  one.monitor\n"},
+      {"@ devices", 0, "* two.monitor\n"},
+      {"@ devices --format json", 0, "\"kind\":\"monitor\",\"default\":true"},
+      {"PULSE_SERVER=unix:/nowhere @ devices", 5, "No sound server"},
+      {"PULSE_SERVER=unix:/nowhere @ listen", 5, "No sound server"},
+      {"@ listen --source three", 5, "no source three"},
+      {"@ listen -d none.sqlite", 4, "none.sqlite"},
+      {"@ listen --seconds 0", 2, "--seconds"},
+      {"@ replay none.dat", 3, "none.dat"},
+      {"timeout --preserve-status -s INT 3 @ listen --continuous", 1, "Nothing but silence"},
+  };
+  for (const auto& [command, status, says] : cases) {
+    const Finished finished = run(command);
+    EXPECT_EQ(finished.status, status) << command << '\n' << finished.output;
+    EXPECT_NE(finished.output.find(says), std::string::npos) << command << '\n' << finished.output;
+  }
+}
+
+TEST_F(Listen, EndsWhenItsOwnSourceIsRemoved) {
+  ASSERT_EQ(run("@ index tune.wav").status, 0);
+  const Finished finished =
+      run("@ listen --source two.monitor --seconds 60", [&](const std::string& line) {
+        if (line.find("silence") != std::string::npos) server_->control("unload-module 2");
+      });
+  EXPECT_EQ(finished.status, 5);
+  EXPECT_NE(finished.output.find("no source two.monitor"), std::string::npos) << finished.output;
+}
+
+}  // namespace
+}  // namespace lirvox::test
