@@ -160,7 +160,7 @@ TEST_F(Listen, EndsWhenItsOwnSourceIsRemoved) {
   ASSERT_EQ(run("@ index tune.wav").status, 0);
   const Finished finished =
       run("@ listen --source two.monitor --seconds 60", [&](const std::string& line) {
-        if (line.find("silence") != std::string::npos) server_->control("unload-module 2");
+        if (line.find("silence") != std::string::npos) server_->removeSink("two");
       });
   EXPECT_EQ(finished.status, 5);
   EXPECT_NE(finished.output.find("no source two.monitor"), std::string::npos) << finished.output;

@@ -52,7 +52,7 @@ class Listening {
   End capture();
   std::optional<End> look();
   void watch();
-  bool inputIsThere();
+  bool inputIsThere(std::chrono::milliseconds patience);
   void tellInput();
   void say(const std::string& text);
   void tell(const Answer& answer);
@@ -74,7 +74,7 @@ int Listening::run() {
   catchSignals();
   End end = End::answered;
   do {
-    if (!inputIsThere()) return exitAudioDevice;
+    if (!inputIsThere(0ms)) return exitAudioDevice;
     end = capture();
     meter_.hide();
     if (!options_.saveTo.empty()) save();
@@ -113,7 +113,7 @@ std::optional<Listening::End> Listening::look() {
     return End::answered;
   }
   if (recognizer_.takeInputChange()) {
-    if (!inputIsThere()) return End::inputGone;
+    if (!inputIsThere(1s)) return End::inputGone;
     tellInput();
   }
   watch();
@@ -132,11 +132,16 @@ void Listening::watch() {
               options_.seconds);
 }
 
-bool Listening::inputIsThere() {
-  const std::string reason = recognizer_.whyNoInput();
-  if (reason.empty()) return true;
-  say(reason);
-  return false;
+// One that goes away may be followed by another, which a server takes a moment to choose.
+bool Listening::inputIsThere(std::chrono::milliseconds patience) {
+  const auto end = Clock::now() + patience;
+  std::string reason = recognizer_.whyNoInput();
+  while (!reason.empty() && Clock::now() < end && !signalCaught()) {
+    sleepFor(100ms);
+    reason = recognizer_.whyNoInput();
+  }
+  if (!reason.empty()) say(reason);
+  return reason.empty();
 }
 
 // People see which input is heard, at the beginning and when it changes.

@@ -50,6 +50,11 @@ class PulseServer {
            0;
   }
 
+  // One of the two with which the server starts.
+  bool removeSink(const std::string& sink) const {
+    return control(sink == "one" ? "unload-module 1" : "unload-module 2");
+  }
+
   // Plays samples as `writeWav` takes them into a sink, until they or the server end.
   void play(const std::string& sink, const std::vector<std::int32_t>& samples) {
     const std::string file = folder_ + "/" + sink + ".wav";
