@@ -6,6 +6,9 @@
 #include <cstdio>
 #include <iostream>
 
+#include <poll.h>
+#include <unistd.h>
+
 namespace lirvox::tools {
 
 void complain(const std::string& text) {
@@ -23,6 +26,11 @@ std::string clockTime(double seconds) {
     std::snprintf(text.data(), text.size(), "%s%lld:%02lld", sign, all / 60, all % 60);
   }
   return text.data();
+}
+
+bool outputIsClosed() {
+  pollfd output{STDOUT_FILENO, 0, 0};
+  return ::poll(&output, 1, 0) == 1 && (output.revents & POLLERR) != 0;
 }
 
 }  // namespace lirvox::tools

@@ -83,7 +83,7 @@ int Listening::run() {
       say("No audio for 10 s: giving up");
       return exitAudioDevice;
     }
-  } while (options_.continuous && end != End::interrupted && std::cout);
+  } while (options_.continuous && end != End::interrupted);
   if (!saved_) return exitSomeFailed;
   return recognizedAny_ ? exitDone : exitNotRecognized;
 }
@@ -106,7 +106,7 @@ Listening::End Listening::capture() {
 
 // Whether the capture is over, and how.
 std::optional<Listening::End> Listening::look() {
-  if (signalCaught()) return End::interrupted;
+  if (signalCaught() || outputIsClosed()) return End::interrupted;
   if (const auto answer = recognizer_.takeAnswer()) {
     meter_.hide();
     tell(*answer);
