@@ -1,8 +1,6 @@
-// Recordings of captures, kept and replayed, in virtual time.
+// Recordings of any length, or none, in any state; in virtual time.
 #include <filesystem>
 #include <fstream>
-#include <iterator>
-#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -35,7 +33,6 @@ class Replay : public test::ControllerTest {
   }
 
   const std::filesystem::path recording_ = platform_.folder.path("resources/soundLirvox.dat");
-  const std::filesystem::path saved_ = platform_.folder.path("caches/soundLirvox.dat");
 };
 
 TEST_F(Replay, AnswersAfterFourSecondsAndListensTwoSecondsLater) {
@@ -70,22 +67,6 @@ TEST_F(Replay, AnswersAfterFourSecondsAndListensTwoSecondsLater) {
   }
 }
 
-TEST_F(Replay, DeliversNothingAfterACancelledCaptureButListens) {
-  install();
-  ship(song_, 220500);
-  start();
-  lirvox_->stopRecognize();
-  lirvox_->startRecognizeFromFile();
-  advance(5s);
-  EXPECT_EQ(told(), Ids());
-  EXPECT_FALSE(lirvox_->bufferAudioData());
-  advance(1s);
-  EXPECT_TRUE(lirvox_->isRecording());
-  deliver(song_);
-  platform_.scheduler.run();
-  EXPECT_EQ(told(), Ids{7});
-}
-
 TEST_F(Replay, EndsTheLiveCaptureThatRunsAndAnswersBoth) {
   install();
   ship(song_, 220500);
@@ -107,26 +88,6 @@ TEST_F(Replay, WithoutADatabaseFindsNothingAndDoesNotListen) {
   EXPECT_EQ(told(), Ids{0});
   EXPECT_FALSE(lirvox_->isRecording());
   EXPECT_EQ(unitLog_, "");
-}
-
-TEST_F(Replay, RepeatsWhatACaptureHasSaved) {
-  install();
-  lirvox_->saveCurrentBufferToFile();
-  EXPECT_FALSE(std::filesystem::exists(saved_)) << "there is no capture";
-  start();
-  deliver(other_.data(), 50001);
-  platform_.scheduler.run();
-  lirvox_->saveCurrentBufferToFile();
-  lirvox_->setIsRecording(false);
-  platform_.scheduler.run();
-  EXPECT_EQ(told(), Ids{8});
-  lirvox_->saveCurrentBufferToFile();  // the pass is over: keeps what was saved
-  EXPECT_EQ(std::filesystem::file_size(saved_), 50001U * 4);
-  std::filesystem::create_directories(recording_.parent_path());
-  std::filesystem::copy(saved_, recording_);
-  lirvox_->startRecognizeFromFile();
-  advance(4s);
-  EXPECT_EQ(told(), Ids{8});
 }
 
 }  // namespace
