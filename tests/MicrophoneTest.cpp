@@ -213,16 +213,6 @@ TEST_F(MicrophoneTest, PlaysThroughWhatItRenderedLast) {
   EXPECT_EQ(static_cast<std::int32_t*>(list.buffers[0].data)[2], 7);
 }
 
-TEST_F(MicrophoneTest, SetMicrophoneOnStartsAndStops) {
-  const auto microphone = LirvoxMicrophone::microphoneWithDelegate(listener_);
-  listener_->events.clear();
-  for (const bool on : {true, true, false}) {
-    microphone->setMicrophoneOn(on);
-    EXPECT_EQ(microphone->microphoneOn(), on);
-  }
-  EXPECT_EQ(listener_->events, (Words{"playing", "playing", "stopped"}));
-}
-
 using MicrophoneDeathTest = MicrophoneTest;
 
 TEST_F(MicrophoneDeathTest, EndsTheProcessWhenTheUnitFails) {
