@@ -86,9 +86,8 @@ Command devicesCommand() {
           "A star marks the default source and its port in use. A monitor hears what an output of\n"
           "this computer plays, a microphone the room.\n"
           "\n"
-          "JSON: one object per line, with source (for listen --source), name, kind (microphone "
-          "or\n"
-          "monitor), default and ports.\n"
+          "JSON: one object per line, with source (for listen --source), name, kind\n"
+          "(microphone or monitor), default and ports.\n"
           "\n"
           "Example:\n"
           "  lirvox devices --format json",

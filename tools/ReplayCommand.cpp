@@ -39,9 +39,9 @@ Command replayCommand() {
   return {.name = "replay",
           .summary = "Recognise a capture that listen --save has kept",
           .details =
-              "The recording is replayed as an application replays the one among its resources: "
-              "all of\n"
-              "it, and in 4 seconds, however long it is. lirvox recognize reads it too, at once.\n"
+              "The recording is replayed as an application replays the one among its resources:\n"
+              "all of it, and in 4 seconds, however long it is. lirvox recognize reads it too, at\n"
+              "once.\n"
               "\n"
               "Example:\n"
               "  lirvox replay heard.dat",
