@@ -6,6 +6,23 @@
 #include "lib/platform/PulseAudio.h"
 
 namespace lirvox::tools {
+namespace {
+
+std::string whyNoSource(platform::AudioSession& session, const std::string& source) {
+  const auto inputs = session.availableInputs();
+  if (inputs.empty()) return "The sound server has no input: no microphone and no monitor";
+  if (!source.empty()) {
+    const bool isThere = std::any_of(inputs.begin(), inputs.end(), [&](const auto& input) {
+      return input.uniqueIdentifier == source;
+    });
+    return isThere ? "" : "There is no source " + source + " (lirvox devices lists them)";
+  }
+  if (!session.currentRoute().inputs.empty()) return "";
+  return "The sound server has no default source: choose one with --source (lirvox devices "
+         "lists them)";
+}
+
+}  // namespace
 
 platform::Platform platformWithSource(const std::string& source) {
   platform::Platform platform = platform::systemPlatform();
@@ -25,17 +42,10 @@ std::string whyNoInput(const platform::Platform& platform, const std::string& so
   platform::AudioSession& session = *platform.audioSession;
   LirvoxError error;
   if (!session.setActive(true, error)) return error.localizedDescription;
-  const auto inputs = session.availableInputs();
-  if (inputs.empty()) return "The sound server has no input: no microphone and no monitor";
-  if (!source.empty()) {
-    const bool isThere = std::any_of(inputs.begin(), inputs.end(), [&](const auto& input) {
-      return input.uniqueIdentifier == source;
-    });
-    return isThere ? "" : "There is no source " + source + " (lirvox devices lists them)";
-  }
-  if (!session.currentRoute().inputs.empty()) return "";
-  return "The sound server has no default source: choose one with --source (lirvox devices "
-         "lists them)";
+  const std::string reason = whyNoSource(session, source);
+  // A server that died meanwhile has no sources either.
+  if (!reason.empty() && !session.setActive(true, error)) return error.localizedDescription;
+  return reason;
 }
 
 }  // namespace lirvox::tools

@@ -11,8 +11,7 @@ namespace lirvox::tools {
 /// default source, which is followed when it changes.
 platform::Platform platformWithSource(const std::string& source);
 
-/// Why `source` cannot be listened to, for people; empty when it can. Looks before
-/// anything of the library does: a microphone without an input ends the process.
+/// Why `source` cannot be listened to, for people; empty when it can.
 std::string whyNoInput(const platform::Platform& platform, const std::string& source);
 
 }  // namespace lirvox::tools

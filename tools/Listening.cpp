@@ -47,6 +47,7 @@ Listening::End Listening::capture() {
   framesBefore_ = recognizer_.frames();
   tellInput();
   recognizer_.start();
+  wake();  // to look whether it has
   watch_.begin(Clock::now());
   // Without a meter there is little to do but to notice that nothing comes.
   const auto pause = meter_.isShown() ? 100ms : 500ms;
@@ -66,6 +67,10 @@ std::optional<Listening::End> Listening::look() {
     meter_.hide();
     tell(*answer);
     return End::answered;
+  }
+  if (recognizer_.takeFailure()) {
+    if (inputIsThere(1s)) say("The input cannot be used");
+    return End::inputGone;
   }
   if (recognizer_.takeInputChange()) {
     if (!inputIsThere(1s)) return End::inputGone;

@@ -32,8 +32,7 @@ class LiveRecognizer {
   LiveRecognizer(const LiveRecognizer&) = delete;
   LiveRecognizer& operator=(const LiveRecognizer&) = delete;
 
-  /// Why nothing can be heard, for people; empty when something can. Ask it before
-  /// `start`, which ends the process where there is no input.
+  /// Why nothing can be heard, for people; empty when something can.
   std::string whyNoInput() const;
   /// The input in use, for people.
   std::string inputName() const;
@@ -47,6 +46,8 @@ class LiveRecognizer {
   std::optional<Answer> takeAnswer();
   /// Whether the input was taken away, or changed, since the last call.
   bool takeInputChange();
+  /// Whether the input could not be used, since the last call.
+  bool takeFailure() { return level_->failed.exchange(false); }
 
   /// Frames that have arrived in all captures.
   std::uint64_t frames() const { return level_->frames; }

@@ -5,10 +5,15 @@
 
 namespace lirvox::tools {
 
+MeteredUnit::Status MeteredUnit::noted(Status status) {
+  if (status != platform::audioNoError) level_->failed = true;
+  return platform::audioNoError;
+}
+
 MeteredUnit::Status MeteredUnit::stop() {
   const Status status = unit_->stop();
   stopped_();
-  return status;
+  return noted(status);
 }
 
 MeteredUnit::Status MeteredUnit::render(RenderActionFlags& actionFlags,
