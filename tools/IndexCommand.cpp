@@ -81,7 +81,7 @@ int index(const Options& options) {
   std::signal(SIGTERM, interruptReading);
   Progress progress(files.size(), bytes);
   {
-    TrackReader reader(files, catalog.rowRule(), options.jobs);
+    TrackReader reader(files, catalog.rowRule(), static_cast<unsigned>(options.jobs));
     while (std::optional<ReadTrack> read = reader.next()) {
       take(std::move(*read), catalog, progress, tally);
     }
