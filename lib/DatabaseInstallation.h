@@ -23,9 +23,9 @@ struct DatabaseLocations {
 };
 
 /// Installs the database from an archive that was downloaded to `downloadedFile`, which
-/// stays. Returns whether the installed database opens; nothing when it did not come
-/// that far. Blocks for as long as unpacking takes; the live database is replaced as
-/// a whole, and missing for as long as it takes to copy it.
+/// is removed when it has its place. Returns whether the installed database opens;
+/// nothing when it did not come that far. Blocks for as long as unpacking takes; the
+/// live database is replaced as a whole, and missing for as long as it takes to copy it.
 std::optional<bool> installDownloadedArchive(const std::string& downloadedFile);
 
 /// Unpacks an archive that holds the database at its top level into the library's

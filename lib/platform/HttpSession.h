@@ -62,7 +62,8 @@ class LIRVOX_EXPORT HttpSession {
  public:
   using DataCompletion = std::function<void(const std::string& body, const HttpResponse& response,
                                             const std::optional<LirvoxError>& error)>;
-  /// `location` is a temporary file that is removed when the completion returns; empty
+  /// `location` is a temporary file that the completion may remove or move away, and that
+  /// is removed when the completion returns; empty
   /// when there is an error.
   using DownloadCompletion =
       std::function<void(const std::string& location, const HttpResponse& response,

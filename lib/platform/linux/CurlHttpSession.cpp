@@ -76,6 +76,8 @@ void CurlHttpSession::startDownloadTask(const std::string& url, DownloadCompleti
     // An empty body is a file too.
     const std::error_code noFile = error ? std::error_code() : file->append("");
     if (noFile) error = CurlTransfer::writingError(noFile);
+    // At once: a process may end as soon as it has its answer.
+    if (error) file->file = TemporaryFile();
     queue->async([file = std::move(file), completion = std::move(completion), response,
                   error = std::move(error)] {
       completion(error ? "" : file->path(), response, error);
