@@ -69,6 +69,10 @@ Command infoCommand();
 Command listenCommand();
 Command devicesCommand();
 Command replayCommand();
+Command installCommand();
+Command updateCommand();
+Command packCommand();
+Command publishCommand();
 
 /// The option -d, which stands for the installed database unless given.
 Option databaseOption(std::string& path);

@@ -4,7 +4,8 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <string>
+
+#include "tools/TerminalLine.h"
 
 namespace lirvox::tools {
 
@@ -13,17 +14,13 @@ namespace lirvox::tools {
 class Progress {
  public:
   /// `totalWork` is in any unit that work done is counted in, such as bytes.
-  Progress(std::size_t files, std::uint64_t totalWork);
-  ~Progress();
-
-  Progress(const Progress&) = delete;
-  Progress& operator=(const Progress&) = delete;
+  Progress(std::size_t files, std::uint64_t totalWork) : files_(files), totalWork_(totalWork) {}
 
   /// One more file is done: its share of the work and the sound it held.
   void add(std::uint64_t work, double secondsOfSound);
 
   /// Clears the line, so that something else can be written; it comes back with `add`.
-  void hide();
+  void hide() const { line_.hide(); }
 
   double secondsOfSound() const { return sound_; }
   double elapsedSeconds() const;
@@ -35,9 +32,8 @@ class Progress {
 
   const std::size_t files_;
   const std::uint64_t totalWork_;
-  const bool terminal_;
   const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
-  std::chrono::steady_clock::time_point shown_;
+  TerminalLine line_;
   std::size_t filesDone_ = 0;
   std::uint64_t workDone_ = 0;
   double sound_ = 0.0;
