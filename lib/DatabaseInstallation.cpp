@@ -66,7 +66,7 @@ std::optional<bool> installDownloadedArchive(const std::string& downloadedFile) 
     report(at.downloadArchive, error);
     return std::nullopt;
   }
-  std::filesystem::remove(downloadedFile, ignored);  // it may be as large as the disk is
+  std::filesystem::remove(downloadedFile, ignored);  // a host may end with its answer
   // On these two ways out the archive stays, and what was unpacked, for whoever wants
   // to know why.
   if (!ZipArchive::unzipFileAtPath(at.downloadArchive, at.cachesRoot)) return std::nullopt;

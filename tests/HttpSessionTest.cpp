@@ -9,7 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include "lib/platform/HttpSession.h"
 #include "lib/platform/Platform.h"
 #include "lib/platform/linux/CurlHttpSession.h"
 #include "tests/LoopbackServer.h"
@@ -19,8 +18,8 @@ namespace lirvox::test {
 namespace {
 
 using platform::HttpResponse;
-using platform::HttpSessionConfiguration;
 using std::chrono::milliseconds;
+using Clock = std::chrono::steady_clock;
 using Error = std::optional<LirvoxError>;
 
 constexpr milliseconds kLong{20000};
@@ -36,8 +35,7 @@ class HttpSessionTest : public testing::Test {
  protected:
   HttpSessionTest() {
     ::setenv("no_proxy", "*", 1);
-    configuration_.timeoutForRequest = milliseconds(400);
-    configuration_.timeoutForResource = milliseconds(1200);
+    configuration_.timeoutForRequest = configuration_.timeoutForResource = kLong;
     configuration_.maximumConnectionsPerHost = 1;
     configuration_.additionalHeaders = {{"Accept", "application/json"}};
   }
@@ -49,34 +47,34 @@ class HttpSessionTest : public testing::Test {
 
   Outcome get(const std::string& url) { return run(url, false); }
   Outcome download(const std::string& url) { return run(url, true); }
-
   Outcome run(const std::string& url, bool toFile) {
     Outcome outcome;
     Event done;
-    const auto end = [&](const std::string& body, const HttpResponse& response,
-                         const Error& error) {
-      outcome = {body, response.statusCode, error, std::this_thread::get_id()};
+    auto session = makeSession();
+    platform::HttpSession& running = *session;
+    // The completion may be the last owner of its session.
+    auto end = [&, owner = std::move(session)](const std::string& body,
+                                               const HttpResponse& response,
+                                               const Error& error) mutable {
+      outcome = {toFile && !body.empty() ? readFile(body) : body, response.statusCode, error,
+                 std::this_thread::get_id()};
+      owner.reset();
       done.set();
     };
-    const auto session = makeSession();
-    if (!toFile) session->startDataTask(url, end);
-    if (toFile) {
-      session->startDownloadTask(
-          url, [&](const std::string& location, const HttpResponse& response, const Error& error) {
-            end(location.empty() ? "" : readFile(location), response, error);
-          });
-    }
-    EXPECT_TRUE(done.waitFor(kLong)) << url;
+    toFile ? running.startDownloadTask(url, std::move(end))
+           : running.startDataTask(url, std::move(end));
+    EXPECT_TRUE(done.wait()) << url;
     return outcome;
   }
 
   TemporaryFolder folder_;
-  HttpSessionConfiguration configuration_;
+  platform::HttpSessionConfiguration configuration_;
 };
 
-TEST_F(HttpSessionTest, RequestsCarryTheOneExtraHeaderAndAnyStatusIsAResponse) {
+TEST_F(HttpSessionTest, CarriesTheOneExtraHeaderFollowsRedirectsAndTakesAnyStatusForAResponse) {
   LoopbackServer server([](const std::string& target, const Connection& connection) {
-    connection.reply(target == "/good?a=b%20c" ? 200 : 404, "body of " + target);
+    if (target == "/old") return connection.reply(301, "moved", "Location: /new\r\n");
+    connection.reply(target == "/missing" ? 404 : 200, "body of " + target);
   });
   const Outcome good = get(server.url("/good?a=b%20c"));
   EXPECT_EQ(good.status, 200);
@@ -85,64 +83,45 @@ TEST_F(HttpSessionTest, RequestsCarryTheOneExtraHeaderAndAnyStatusIsAResponse) {
   EXPECT_EQ(server.requests().at(0),
             "GET /good?a=b%20c HTTP/1.1\r\nHost: " + server.url().substr(7) +
                 "\r\nAccept: application/json\r\n\r\n");
+  EXPECT_EQ(get(server.url("/old")).body, "body of /new");
+  EXPECT_EQ(download(server.url("/old")).body, "body of /new") << "without the page before it";
   const Outcome missing = download(server.url("/missing"));
   EXPECT_EQ(missing.status, 404);
   EXPECT_EQ(missing.body, "body of /missing");
   EXPECT_FALSE(missing.error);
 }
 
-TEST_F(HttpSessionTest, EveryMisbehaviourEndsInAnErrorWithinItsTimeOut) {
-  const std::string megabyte(1 << 20, 'x');
+// What misbehaving services do is tried with whole updates.
+TEST_F(HttpSessionTest, WhatCannotBeFetchedEndsInAnErrorWithinTheTimeOuts) {
+  configuration_.timeoutForRequest = milliseconds(400);
+  configuration_.timeoutForResource = milliseconds(1200);
   LoopbackServer server([&](const std::string& target, const Connection& connection) {
-    if (target == "/silent") connection.waitUntilClosed();
-    if (target == "/garbage") connection.send("\1\2\3\4 nothing of the kind\r\n\r\n");
-    if (target == "/head-only") {
-      connection.send("HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\n12345");
-      connection.waitUntilClosed();
-    }
-    if (target == "/short") connection.send("HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\n12345");
-    if (target == "/loop") connection.reply(302, "", "Location: /loop\r\n");
     if (target == "/to-file") connection.reply(302, "", "Location: file:///etc/passwd\r\n");
-    if (target == "/endless") {
-      connection.send("HTTP/1.1 200 OK\r\n\r\n");
-      while (connection.send(megabyte)) {
-      }
-    }
-    if (target == "/trickle") {
-      connection.send("HTTP/1.1 200 OK\r\n\r\n");
-      while (connection.send("x")) std::this_thread::sleep_for(milliseconds(100));
+    if (target == "/trickle") connection.send("HTTP/1.1 200 OK\r\n\r\n");
+    while (target == "/trickle" && connection.send("x")) {
+      std::this_thread::sleep_for(milliseconds(100));
     }
   });
-  for (const char* const target : {"/silent", "/garbage", "/head-only", "/short", "/loop",
-                                   "/to-file", "/endless", "/trickle", "/closed-at-once"}) {
+  const std::string file = "file://" + folder_.path("secret").string();
+  writeFile(folder_.path("secret"), "secret");
+  for (const std::string& url :
+       {server.url("/to-file"), server.url("/trickle"), server.url("/closed-at-once"),
+        std::string(), std::string("nothing"), file, std::string("http://127.0.0.1:1/refused"),
+        std::string("http://bad host/"), std::string("ftp://127.0.0.1/")}) {
     for (const bool toFile : {false, true}) {
-      SCOPED_TRACE(std::string(target) + (toFile ? " to file" : ""));
-      const auto start = std::chrono::steady_clock::now();
-      const Outcome outcome = run(server.url(target), toFile);
+      SCOPED_TRACE(url + (toFile ? " to file" : ""));
+      const auto start = Clock::now();
+      const Outcome outcome = run(url, toFile);
       EXPECT_TRUE(outcome.error);
       EXPECT_EQ(outcome.body, "");
-      EXPECT_LT(std::chrono::steady_clock::now() - start, milliseconds(5000));
+      EXPECT_LT(Clock::now() - start, milliseconds(5000));
     }
-  }
-  for (const char* const url : {"", "nothing", "file:///etc/passwd", "http://127.0.0.1:1/refused",
-                                "http://bad host/", "ftp://127.0.0.1/"}) {
-    EXPECT_TRUE(get(url).error) << url;
   }
   EXPECT_TRUE(contents(folder_.path("tmp")).empty()) << "no partial download is left";
 }
 
-TEST_F(HttpSessionTest, RedirectsAreFollowed) {
-  LoopbackServer server([](const std::string& target, const Connection& connection) {
-    if (target == "/old") connection.reply(301, "moved", "Location: /new\r\n");
-    if (target == "/new") connection.reply(200, "here");
-  });
-  EXPECT_EQ(get(server.url("/old")).body, "here");
-  EXPECT_EQ(download(server.url("/old")).body, "here") << "without the page that redirected";
-}
-
 TEST_F(HttpSessionTest, TasksOfOneHostWaitForEachOtherAndCompletionsNeverOverlap) {
   configuration_.timeoutForRequest = milliseconds(2000);
-  configuration_.timeoutForResource = kLong;
   std::atomic<int> unanswered{0};
   LoopbackServer server([&](const std::string& target, const Connection& connection) {
     EXPECT_EQ(unanswered++, 0);
@@ -153,25 +132,23 @@ TEST_F(HttpSessionTest, TasksOfOneHostWaitForEachOtherAndCompletionsNeverOverlap
   });
   constexpr int kTasks = 6;
   std::atomic<int> inside{0};
-  std::atomic<int> finished{0};
-  std::atomic<int> good{0};
+  int finished = 0;
   Event done;
   const auto session = makeSession();
   for (int i = 0; i < kTasks; ++i) {
-    session->startDataTask(server.url("/" + std::to_string(i)),
-                           [&, i](const std::string& body, const HttpResponse&, const Error&) {
+    const std::string target = "/" + std::to_string(i);
+    session->startDataTask(server.url(target),
+                           [&, target](const std::string& body, const HttpResponse&, const Error&) {
                              EXPECT_EQ(inside++, 0);
-                             good += body == "/" + std::to_string(i) ? 1 : 0;
+                             EXPECT_EQ(body, target);
                              inside--;
                              if (++finished == kTasks) done.set();
                            });
   }
-  ASSERT_TRUE(done.waitFor(kLong));
-  EXPECT_EQ(good, kTasks);
+  ASSERT_TRUE(done.wait());
 }
 
 TEST_F(HttpSessionTest, DestroyingTheSessionCancelsWhatRuns) {
-  configuration_.timeoutForRequest = configuration_.timeoutForResource = kLong;
   Event reached;
   LoopbackServer server([&](const std::string&, const Connection& connection) {
     connection.send("HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\n12345");
@@ -183,31 +160,15 @@ TEST_F(HttpSessionTest, DestroyingTheSessionCancelsWhatRuns) {
   const auto count = [&](const std::string&, const HttpResponse&, const Error&) { ++called; };
   session->startDownloadTask(server.url("/a"), count);
   session->startDataTask(server.url("/b"), count);
-  ASSERT_TRUE(reached.waitFor(kLong));
-  const auto start = std::chrono::steady_clock::now();
+  ASSERT_TRUE(reached.wait());
+  const auto start = Clock::now();
   session.reset();
-  EXPECT_LT(std::chrono::steady_clock::now() - start, milliseconds(2000));
+  EXPECT_LT(Clock::now() - start, milliseconds(2000));
   EXPECT_EQ(called, 0);
   EXPECT_TRUE(contents(folder_.path("tmp")).empty());
 }
 
-TEST_F(HttpSessionTest, ACompletionMayBeTheLastOwnerOfItsSession) {
-  LoopbackServer server(
-      [](const std::string&, const Connection& connection) { connection.reply(200, "x"); });
-  Event done;
-  auto session = makeSession();
-  platform::HttpSession& running = *session;
-  running.startDataTask(server.url(),
-                        [&done, owner = std::move(session)](const std::string&, const HttpResponse&,
-                                                            const Error&) mutable {
-                          owner.reset();
-                          done.set();
-                        });
-  EXPECT_TRUE(done.waitFor(kLong));
-}
-
 TEST_F(HttpSessionTest, AnObserverHearsHowFarATaskIsAndHowItEnded) {
-  configuration_.timeoutForResource = kLong;
   std::vector<platform::HttpTaskReport> reports;
   configuration_.observer = [&](const platform::HttpTaskReport& r) { reports.push_back(r); };
   LoopbackServer server([](const std::string&, const Connection& connection) {
@@ -230,42 +191,36 @@ class Handler(http.server.BaseHTTPRequestHandler):
     def log_message(self, *args): pass
     def do_GET(self):
         self.send_response(302 if self.path == '/down' else 200)
-        self.send_header('Location', sys.argv[2])
+        self.send_header('Location', sys.argv[1])
         self.send_header('Content-Length', '4')
         self.end_headers()
         self.wfile.write(b'safe')
 server = http.server.HTTPServer(('127.0.0.1', 0), Handler)
 context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
-context.load_cert_chain(sys.argv[1])
+context.load_cert_chain('both.pem')
 server.socket = context.wrap_socket(server.socket, server_side=True)
 print(server.server_address[1], flush=True)
-for _ in range(int(sys.argv[3])): server.handle_request()
+for _ in range(3): server.handle_request()
 )";
 
 TEST_F(HttpSessionTest, HttpsIsCheckedAndNotLeftByARedirect) {
-  configuration_.timeoutForRequest = configuration_.timeoutForResource = kLong;
-  const std::string certificate = folder_.path("certificate.pem");
+  writeFile(folder_.path("server.py"), kTlsServer);
+  const std::string here = "cd '" + folder_.path().string() + "' && ";
   const std::string make =
-      "openssl req -x509 -newkey rsa:2048 -nodes -days 1 -subj /CN=localhost "
-      "-addext subjectAltName=IP:127.0.0.1 -keyout '" +
-      certificate + "' -out '" + certificate + ".c' 2>/dev/null && cat '" + certificate +
-      ".c' >> '" + certificate + "'";
-  if (std::system(make.c_str()) != 0 || std::system("command -v python3 >/dev/null") != 0) {
+      "openssl req -x509 -newkey rsa:2048 -nodes -days 1 -subj /CN=localhost -addext "
+      "subjectAltName=IP:127.0.0.1 -keyout key.pem -out ours.pem 2>/dev/null && "
+      "cat key.pem ours.pem > both.pem && command -v python3 >/dev/null";
+  if (std::system((here + make).c_str()) != 0) {
     GTEST_SKIP() << "openssl or python3 is not installed";
   }
-  LoopbackServer plain(
-      [](const std::string&, const Connection& connection) { connection.reply(200, "unsafe"); });
-  writeFile(folder_.path("server.py"), kTlsServer);
-  const std::string command = "python3 '" + folder_.path("server.py").string() + "' '" +
-                              certificate + "' " + plain.url("/plain") + " 3";
-  std::FILE* const server = ::popen(command.c_str(), "r");
-  ASSERT_NE(server, nullptr);
+  LoopbackServer plain([](const std::string&, const Connection& c) { c.reply(200, "unsafe"); });
+  std::FILE* const server = ::popen((here + "python3 server.py " + plain.url()).c_str(), "r");
   int port = 0;
-  ASSERT_EQ(std::fscanf(server, "%d", &port), 1);
+  ASSERT_TRUE(server && std::fscanf(server, "%d", &port) == 1);
   const std::string url = "https://127.0.0.1:" + std::to_string(port);
 
   EXPECT_TRUE(get(url + "/unknown-authority").error);
-  configuration_.certificateAuthorities = certificate;
+  configuration_.certificateAuthorities = folder_.path("ours.pem");
   EXPECT_EQ(get(url + "/known").body, "safe");
   EXPECT_TRUE(get(url + "/down").error);
   EXPECT_TRUE(plain.requests().empty());

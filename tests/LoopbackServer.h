@@ -1,11 +1,9 @@
 // An HTTP server for tests that answers as badly as it is told to.
 #pragma once
 
-#include <algorithm>
-#include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <functional>
+#include <future>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -23,17 +21,16 @@ namespace lirvox::test {
 /// One connection of a client. Used on the thread that serves it.
 class Connection {
  public:
-  Connection(int socket, const std::atomic<bool>& stopping)
-      : socket_(socket), stopping_(stopping) {}
+  explicit Connection(int socket) : socket_(socket) {}
 
-  /// False once the client has gone.
+  /// False once the client or the server has gone.
   bool send(std::string_view bytes) const {
     while (!bytes.empty()) {
       const ssize_t count = ::send(socket_, bytes.data(), bytes.size(), MSG_NOSIGNAL);
       if (count <= 0) return false;
       bytes.remove_prefix(static_cast<std::size_t>(count));
     }
-    return !stopping_;
+    return true;
   }
   void reply(int status, const std::string& body, const std::string& headers = "") const {
     send("HTTP/1.1 " + std::to_string(status) + " X\r\nConnection: close\r\nContent-Length: " +
@@ -41,13 +38,11 @@ class Connection {
   }
   void waitUntilClosed() const {
     char byte = 0;
-    while (::recv(socket_, &byte, 1, 0) > 0) {
-    }
+    while (::recv(socket_, &byte, 1, 0) > 0) continue;
   }
 
  private:
   const int socket_;
-  const std::atomic<bool>& stopping_;
 };
 
 /// Serves every connection on a thread of its own, one request each.
@@ -57,36 +52,30 @@ class LoopbackServer {
   using Handler = std::function<void(const std::string& target, const Connection& connection)>;
 
   explicit LoopbackServer(Handler handler) : handler_(std::move(handler)) {
-    listener_ = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    ::bind(listener_, reinterpret_cast<sockaddr*>(&address), sizeof address);
-    ::listen(listener_, 64);
     socklen_t length = sizeof address;
+    ::bind(listener_, reinterpret_cast<sockaddr*>(&address), length);
+    ::listen(listener_, 64);
     ::getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &length);
-    port_ = ntohs(address.sin_port);
+    url_ = "http://127.0.0.1:" + std::to_string(ntohs(address.sin_port));
     acceptor_ = std::thread([this] { accept(); });
   }
 
   ~LoopbackServer() {
-    stopping_ = true;
     ::shutdown(listener_, SHUT_RDWR);
     acceptor_.join();
-    {
-      const std::lock_guard lock(mutex_);
-      for (const int socket : open_) ::shutdown(socket, SHUT_RDWR);
-    }
+    for (const int socket : sockets_) ::shutdown(socket, SHUT_RDWR);
     for (std::thread& thread : threads_) thread.join();
+    for (const int socket : sockets_) ::close(socket);
     ::close(listener_);
   }
 
   LoopbackServer(const LoopbackServer&) = delete;
   LoopbackServer& operator=(const LoopbackServer&) = delete;
 
-  std::string url(const std::string& target = "") const {
-    return "http://127.0.0.1:" + std::to_string(port_) + target;
-  }
+  std::string url(const std::string& target = "") const { return url_ + target; }
   /// The heads of all requests so far.
   std::vector<std::string> requests() const {
     const std::lock_guard lock(mutex_);
@@ -95,60 +84,48 @@ class LoopbackServer {
 
  private:
   void accept() {
-    for (;;) {
-      const int socket = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
-      if (socket < 0) return;
-      const std::lock_guard lock(mutex_);
-      open_.push_back(socket);
+    for (int socket = 0; (socket = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC)) >= 0;) {
+      sockets_.push_back(socket);
       threads_.emplace_back([this, socket] { serve(socket); });
     }
   }
 
   void serve(int socket) {
     std::string head;
-    for (char byte = 0; head.find("\r\n\r\n") == std::string::npos;) {
+    for (char byte = 0; head.find("\r\n\r\n") == std::string::npos; head += byte) {
       if (::recv(socket, &byte, 1, 0) <= 0) break;
-      head += byte;
     }
     {
       const std::lock_guard lock(mutex_);
       requests_.push_back(head);
     }
     const std::size_t begin = head.find(' ') + 1;
-    handler_(head.substr(begin, head.find(' ', begin) - begin), Connection(socket, stopping_));
-    const std::lock_guard lock(mutex_);
-    open_.erase(std::find(open_.begin(), open_.end(), socket));
-    ::close(socket);
+    handler_(head.substr(begin, head.find(' ', begin) - begin), Connection(socket));
+    ::shutdown(socket, SHUT_RDWR);
   }
 
   const Handler handler_;
-  int listener_ = -1;
-  int port_ = 0;
-  std::atomic<bool> stopping_{false};
+  const int listener_ = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  std::string url_;
   mutable std::mutex mutex_;
-  std::vector<int> open_;              // guarded by mutex_
   std::vector<std::string> requests_;  // guarded by mutex_
+  std::vector<int> sockets_;  // of all connections ever; the acceptor's, then the destructor's
   std::vector<std::thread> threads_;
   std::thread acceptor_;
 };
 
-/// Waits for something that another thread does.
+/// Waits, not for ever, for something that another thread does.
 class Event {
  public:
   void set() {
-    const std::lock_guard lock(mutex_);
-    set_ = true;
-    changed_.notify_all();
+    std::call_once(once_, [this] { promise_.set_value(); });
   }
-  bool waitFor(std::chrono::milliseconds time) {
-    std::unique_lock lock(mutex_);
-    return changed_.wait_for(lock, time, [this] { return set_; });
-  }
+  bool wait() { return future_.wait_for(std::chrono::seconds(20)) == std::future_status::ready; }
 
  private:
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  bool set_ = false;  // guarded by mutex_
+  std::once_flag once_;
+  std::promise<void> promise_;
+  std::future<void> future_ = promise_.get_future();
 };
 
 }  // namespace lirvox::test

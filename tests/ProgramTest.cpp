@@ -1,6 +1,4 @@
 // The lirvox program, run as its users run it.
-#include <array>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -8,18 +6,13 @@
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <sys/wait.h>
 
+#include "tests/support/Command.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/Tune.h"
 
 namespace lirvox::test {
 namespace {
-
-struct Finished {
-  int status = -1;
-  std::string output;  // of both streams
-};
 
 class Program : public ::testing::Test {
  protected:
@@ -38,15 +31,8 @@ class Program : public ::testing::Test {
   Finished run(const std::string& arguments) const {
     const std::string command = "cd '" + folder_.path().string() + "' && LIRVOX_CACHES_DIR='" +
                                 folder_.path().string() + "/caches' " LIRVOX_PROGRAM " " +
-                                arguments + " 2>&1";
-    Finished run;
-    std::FILE* const pipe = ::popen(command.c_str(), "r");
-    std::array<char, 4096> part{};
-    while (const std::size_t count = std::fread(part.data(), 1, part.size(), pipe)) {
-      run.output.append(part.data(), count);
-    }
-    run.status = WEXITSTATUS(::pclose(pipe));
-    return run;
+                                arguments;
+    return runCommand(command);
   }
 
   // Samples [from, from + 5 s) of a tune, as a recording.

@@ -1,0 +1,217 @@
+// Databases on their way from one lirvox program to another, through a real web server.
+#include <chrono>
+#include <cstdlib>
+#include <random>
+#include <regex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <spawn.h>
+#include <unistd.h>
+
+#include "tests/LoopbackServer.h"
+#include "tests/support/Command.h"
+#include "tests/support/FingerprintFile.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/Tune.h"
+
+namespace lirvox::test {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::microseconds;
+
+class UpdateProgramTest : public testing::Test {
+ protected:
+  UpdateProgramTest() {
+    ::setenv("PATH", (std::string(std::getenv("PATH")) + ":/usr/sbin").c_str(), 1);
+    ::setenv("no_proxy", "*", 1);
+    ::setenv("LIRVOX_API_URL", url_.c_str(), 1);
+    ::setenv("LIRVOX_SERVICE_HOST_FOLDER", "127.0.0.1", 1);
+    ::setenv("LIRVOX_CACHES_DIR", folder_.path("caches").c_str(), 1);
+    ::setenv("LIRVOX_CONFIG_DIR", folder_.path("config").c_str(), 1);
+  }
+  ~UpdateProgramTest() override {
+    if (nginx_) runCommand(nginxCommand_ + " -s quit");
+  }
+
+  // nginx with the configuration that the documentation shows.
+  void SetUp() override {
+    if (runCommand("command -v nginx").status != 0) GTEST_SKIP() << "nginx is not installed";
+    const std::string documentation = readFile(LIRVOX_SERVICE_DOCUMENTATION);
+    const std::size_t begin = documentation.find("```nginx") + 8;
+    std::string server = documentation.substr(begin, documentation.find("```", begin) - begin);
+    server = std::regex_replace(server, std::regex("listen 80"),
+                                "listen " + url_.substr(sizeof "http:/"));
+    server = std::regex_replace(server, std::regex("/srv/lirvox"), path("www"));
+    std::string http = "access_log access.log;\n";
+    for (const char* const kind : {"client_body", "proxy", "fastcgi", "uwsgi", "scgi"}) {
+      http += std::string(kind) + "_temp_path temporary;\n";
+    }
+    const std::string user = ::geteuid() == 0 ? "user root;\n" : "";
+    writeFile(folder_.path("nginx.conf"),
+              user + "pid pid;\nevents {}\nhttp {\n" + http + server + "}\n");
+    const Finished started = runCommand(nginxCommand_);
+    nginx_ = started.status == 0;
+    ASSERT_TRUE(nginx_) << started.output;
+  }
+
+  std::string path(const std::string& name) const { return folder_.path(name).string(); }
+  Finished run(const std::string& arguments) const {
+    return runCommand("cd '" + path("") + "' && " LIRVOX_PROGRAM " " + arguments);
+  }
+  void expect(const std::string& arguments, int status, const std::string& says) const {
+    const Finished result = run(arguments);
+    EXPECT_EQ(result.status, status) << arguments << '\n' << result.output;
+    EXPECT_NE(result.output.find(says), std::string::npos) << arguments << '\n' << result.output;
+  }
+  void publish(const std::string& database) const {
+    expect("publish -d " + database + " --url " + url_ + " www", 0, "new");
+  }
+  std::size_t archivesFetched() const {
+    return std::stoul(runCommand("grep -c 'GET /archives/' '" + path("access.log") + "'").output);
+  }
+
+  // Of a port that a server has just left.
+  const std::string url_ = LoopbackServer([](const std::string&, const Connection&) {}).url();
+  const TemporaryFolder folder_;
+  const std::string nginxCommand_ = "nginx -p '" + path("") + "' -e error.log -c nginx.conf";
+  bool nginx_ = false;
+};
+
+TEST_F(UpdateProgramTest, PublishedMusicArrivesOnceAndIsRecognised) {
+  for (unsigned seed : {1U, 2U}) {
+    writeWav(path("tune" + std::to_string(seed) + ".wav"), makeTune(seed, 20.0));
+  }
+  expect("update", 6, "last_db_generation.php: status 404");
+  ASSERT_EQ(run("index -d music.db tune1.wav").status, 0);
+  publish("music.db");
+  expect("update", 0, "installed: ");
+  expect("recognize --start 7.5 tune1.wav", 0, ": tune1 at 0:07");
+  expect("recognize --start 7.5 tune2.wav", 1, "not recognized");
+  expect("update --key abc", 0, "up to date: ");
+  EXPECT_EQ(archivesFetched(), 1U);
+
+  ASSERT_EQ(run("index -d music.db tune2.wav").status, 0);
+  publish("music.db");
+  expect("update", 0, "installed: ");
+  EXPECT_EQ(archivesFetched(), 2U);
+  expect("recognize --start 7.5 tune1.wav", 0, ": tune1 at 0:07");
+  expect("recognize --start 7.5 tune2.wav", 0, ": tune2 at 0:07");
+}
+
+TEST_F(UpdateProgramTest, SaysWhatFailedAndTriesAgain) {
+  writeFingerprintFile(path("one.db"), {{7, 8, 9}});
+  writeFingerprintFile(path("two.db"), {{1, 2, 3}});
+  publish("one.db");
+  expect("update", 0, "installed");
+  publish("two.db");
+  const std::string stamp =
+      run("publish -d two.db --url " + url_ + " www").output.substr(sizeof "generation", 16);
+  const std::string two = "www/archives/" + stamp + ".zip";
+  std::filesystem::rename(path(two), path("two.zip"));
+  expect("update", 6, ".zip: status 404");
+  writeFile(path(two), "no archive");
+  expect("update", 6, "failed to open zip file");
+  std::filesystem::rename(path("two.zip"), path(two));
+  ::setenv("LIRVOX_SERVICE_HOST_FOLDER", "other.example", 1);
+  expect("update", 6, "holds no database of \"other.example\"");
+  ::setenv("LIRVOX_SERVICE_HOST_FOLDER", "127.0.0.1", 1);
+  expect("info", 0, "id's: 7\n");
+  expect("update", 0, "installed");
+  expect("info", 0, "id's: 1\n");
+
+  writeFile(path("www/api/last_db_generation.php"), R"({"Result": "unknown key"})");
+  expect("update", 6, "the service answers \"unknown key\"");
+  writeFile(path("www/api/last_db_generation.php"), "[]");
+  expect("update", 6, "names no database");
+  ::setenv("LIRVOX_API_URL", "http://127.0.0.1:1", 1);
+  expect("update", 6, "connect");
+  const LoopbackServer silent([](const std::string&, const Connection& c) { c.waitUntilClosed(); });
+  ::setenv("LIRVOX_API_URL", silent.url().c_str(), 1);
+  expect("update --timeout 0.5", 6, "no end within the time-out");
+}
+
+TEST_F(UpdateProgramTest, AnArchiveIsInstalledAndWhatWasIndexedThereIsKept) {
+  writeWav(path("tune.wav"), makeTune(1, 20.0));
+  ASSERT_EQ(run("index tune.wav").status, 0);
+  expect("pack -o tune.zip", 0, "tune.zip: ");
+  expect("install none.zip", 6, "File does not exist");
+  expect("install tune.wav", 6, "Wrong file format");
+  expect("index tune.wav", 0, "1 unchanged");
+  expect("install tune.zip", 0, "lirvox/indexed.sqlite");
+  expect("index -d caches/lirvox/indexed.sqlite tune.wav", 0, "1 unchanged");
+  expect("recognize --start 7.5 tune.wav", 0, ": tune at 0:07");
+  expect("pack -d none.db -o none.zip", 4, "none.db");
+  expect("publish --url ftp://a www", 2, "--url");
+}
+
+// Starts the program and kills it after a random part of `duration`. Returns whether it
+// was still running.
+bool runKilled(const std::vector<const char*>& arguments, microseconds duration,
+               std::mt19937& random) {
+  pid_t child = 0;
+  ::posix_spawn(&child, arguments[0], nullptr, nullptr, const_cast<char**>(arguments.data()),
+                environ);
+  std::this_thread::sleep_for(microseconds(random() % static_cast<unsigned>(duration.count())));
+  ::kill(child, SIGKILL);
+  int status = 0;
+  ::waitpid(child, &status, 0);
+  return WIFSIGNALED(status);
+}
+
+// The number of kills may be set in the environment.
+TEST_F(UpdateProgramTest, KilledAtAnyMomentItLeavesAWholeDatabaseAndTheNextUpdateHeals) {
+  const char* const wanted = std::getenv("LIRVOX_TEST_KILLS");
+  const int kills = wanted ? std::atoi(wanted) : 20;
+  const std::string live = path("caches/lirvox/db1.sqlite");
+  const std::string reply = path("www/api/last_db_generation.php");
+  struct Generation {
+    std::string archive, reply, database;
+  } generations[2];
+  microseconds duration{};
+  std::mt19937 random(20260504);
+  for (auto& generation : generations) {
+    std::vector<FingerprintRow> rows(20'000);
+    for (auto& row : rows)
+      row = {1, static_cast<int>(random() % 10'000), static_cast<int>(random() % (1U << 20U))};
+    const std::string name = &generation == generations ? "a.db" : "b.db";
+    writeFingerprintFile(path(name), rows);
+    publish(name);
+    generation.archive = path(name + ".zip");
+    expect("pack -d " + name + " -o " + generation.archive, 0, "");
+    const auto start = Clock::now();
+    expect("update", 0, "installed");
+    duration = std::chrono::duration_cast<microseconds>(Clock::now() - start);
+    generation.reply = readFile(reply);
+    generation.database = readFile(live);
+  }
+  for (int round = 0, killed = 0; killed < kills; ++round) {
+    SCOPED_TRACE(round);
+    const Generation& current = generations[round % 2];
+    writeFile(reply, current.reply);
+    const bool local = round % 5 == 4;
+    const bool hadOne = std::filesystem::exists(live);
+    if (local) {
+      runKilled({LIRVOX_PROGRAM, "install", current.archive.c_str(), nullptr}, duration, random);
+    } else {
+      killed += runKilled({LIRVOX_PROGRAM, "update", nullptr}, duration, random) ? 1 : 0;
+    }
+    // A whole database or none at all; a local installation never takes one away.
+    const std::string found = readFile(live);
+    ASSERT_EQ(found.empty(), !std::filesystem::exists(live));
+    ASSERT_TRUE(found == generations[0].database || found == generations[1].database ||
+                (found.empty() && !(local && hadOne)));
+    if (round % 3 != 0) continue;  // let some pile up
+    expect("update", 0, "");
+    ASSERT_EQ(readFile(live), current.database);
+  }
+  expect("update", 0, "");
+  EXPECT_EQ(contents(path("caches")).size(), 2U) << "nothing is left but the folder and the file";
+}
+
+}  // namespace
+}  // namespace lirvox::test

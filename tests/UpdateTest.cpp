@@ -1,0 +1,342 @@
+// Updates of the database through the recognizer, from a service that behaves or does not.
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+#include <sys/mount.h>
+
+#include "lib/Lirvox.h"
+#include "lib/platform/linux/CurlHttpSession.h"
+#include "tests/LoopbackServer.h"
+#include "tests/ZipBytes.h"
+#include "tests/support/TestPlatform.h"
+#include "tools/UpdateWatch.h"
+
+namespace lirvox::test {
+namespace {
+
+using platform::HttpSessionConfiguration;
+using std::chrono::milliseconds;
+using Answers = std::vector<bool>;
+using Manner = std::function<void(const Connection&)>;
+
+const std::string kInner = "home/service.example/www/tmp/db1.sqlite";
+
+Manner serve(int status, const std::string& body, const std::string& headers = "") {
+  return [=](const Connection& connection) { connection.reply(status, body, headers); };
+}
+Manner send(const std::string& bytes) {
+  return [=](const Connection& connection) { connection.send(bytes); };
+}
+// Incompressible bytes, and then such that shrink to nothing.
+std::string content(std::size_t noise, std::size_t zeros) {
+  std::string text(noise + zeros, '\0');
+  for (std::size_t i = 0, state = 1; i < noise; ++i) {
+    state = state * 6364136223846793005U + 1442695040888963407U;
+    text[i] = static_cast<char>(state >> 56U);
+  }
+  return text;
+}
+
+class UpdateTest : public testing::Test {
+ protected:
+  UpdateTest() {
+    ::setenv("LIRVOX_SERVICE_HOST_FOLDER", "service.example", 1);
+    ::setenv("LIRVOX_API_URL", server_.url().c_str(), 1);
+    ::setenv("no_proxy", "*", 1);
+    writeFile(live(), "old");
+  }
+  ~UpdateTest() override {
+    lirvox_->setDatabase(nullptr);
+    lirvox_->setUserApiKey("");
+  }
+
+  std::filesystem::path caches() const { return platform_.folder.path("caches"); }
+  std::filesystem::path live() const { return caches() / "lirvox/db1.sqlite"; }
+  std::string goodReply(const std::string& dt) const {
+    return R"({"Result": "OK", "dt": ")" + dt + R"(", "url": ")" + server_.url("/archive") +
+           R"("})";
+  }
+
+  // What the service does from now on: one generation and its archive.
+  void publish(const std::string& dt, Manner archive) {
+    publish(serve(200, goodReply(dt)), archive);
+  }
+  void publish(Manner reply, Manner archive) {
+    const std::lock_guard lock(mutex_);
+    reply_ = std::move(reply);
+    archive_ = std::move(archive);
+  }
+  void publish(const std::string& dt, const std::string& database) {
+    publish(dt, serve(200, zipBytes({{.name = kInner, .data = database, .deflated = true}})));
+  }
+
+  // Runs one update to its end, answered or not.
+  Answers update() {
+    Answers answers;
+    const auto watch = std::make_shared<tools::UpdateWatch>();
+    platform_.change([&](platform::Platform& services) {
+      services.log = platform_.log;
+      services.makeHttpSession = [this](HttpSessionConfiguration configuration) {
+        configuration.timeoutForRequest = milliseconds(400);
+        configuration.timeoutForResource = milliseconds(1000);
+        return std::make_shared<platform::CurlHttpSession>(configuration, queue_, caches());
+      };
+      watch->attachTo(services);
+    });
+    lirvox_->setUserApiKey("key&x=1");
+    lirvox_->downloadDatabaseIfNeeded([&](bool good) {
+      answers.push_back(good);
+      watch->answer(good);
+    });
+    outcome_ = watch->wait(std::chrono::seconds(20));
+    lirvox_->setSession(nullptr);
+    Event flushed;
+    queue_->async([&] { flushed.set(); });
+    EXPECT_TRUE(flushed.wait());
+    return answers;
+  }
+  bool installs(const std::string& archive) {
+    writeFile(platform_.folder.path("local.zip"), archive);
+    return lirvox_->updateDatabasePath(platform_.folder.path("local.zip"));
+  }
+
+  const Files old_ = {{"lirvox/", ""}, {"lirvox/db1.sqlite", "old"}};
+  const std::shared_ptr<platform::TaskQueue> queue_ =
+      platform::systemPlatform().makeSerialQueue("test");
+  TestPlatform platform_;
+  const std::shared_ptr<Lirvox> lirvox_ = Lirvox::sharedInstance();
+  tools::UpdateOutcome outcome_;
+
+ private:
+  std::mutex mutex_;
+  Manner reply_;    // guarded by mutex_
+  Manner archive_;  // guarded by mutex_
+
+ protected:
+  LoopbackServer server_{[this](const std::string& target, const Connection& connection) {
+    Manner manner;
+    {
+      const std::lock_guard lock(mutex_);
+      manner = target == "/archive" ? archive_ : reply_;
+    }
+    manner(connection);
+  }};
+};
+
+TEST_F(UpdateTest, DownloadsUnlessTheStampIsTheStoredOneAndTheFileIsThere) {
+  const struct {
+    const char* what;
+    const char* dt;
+    const char* database;  // null: the download fails
+    bool removeFile;
+    bool downloads;
+    const char* live;
+  } steps[] = {
+      {"first", "g1", "one", true, true, "one"},
+      {"up to date", "g1", "", false, false, "one"},
+      {"file gone", "g1", "uno", true, true, "uno"},
+      {"new generation", "g2", "two", false, true, "two"},
+      {"failed", "g3", nullptr, false, true, "two"},
+      {"not tried again while an old file is there, as is meant", "g3", "", false, false, "two"},
+  };
+  for (const auto& step : steps) {
+    SCOPED_TRACE(step.what);
+    if (step.removeFile) std::filesystem::remove(live());
+    step.database ? publish(step.dt, step.database) : publish(step.dt, send(""));
+    const std::size_t before = server_.requests().size();
+    EXPECT_EQ(update(), step.database ? Answers{true} : Answers{});
+    EXPECT_EQ(server_.requests().size() - before, step.downloads ? 2U : 1U);
+    EXPECT_EQ(contents(caches()), (Files{{"lirvox/", ""}, {"lirvox/db1.sqlite", step.live}}));
+    EXPECT_EQ(lirvox_->dtDbGenerated(), step.dt);
+  }
+  EXPECT_EQ(server_.requests().at(0).rfind("GET /api/last_db_generation.php?api_key=key&x=1 ", 0),
+            0U);
+  EXPECT_EQ(lirvox_->database(), nullptr) << "a network update leaves it alone";
+}
+
+TEST_F(UpdateTest, BadRepliesEndQuietlyAndStoreNothing) {
+  const auto with = [](const std::string& members) { return "{" + members + "}"; };
+  const std::string result = R"("Result": "OK", )";
+  const std::string url = R"("url": "http://127.0.0.1:1/")";
+  for (const std::string& body : std::vector<std::string>{
+           "", "<html>", "null", "7", "\"OK\"", "[]", "{}", std::string(1000000, '['),
+           with(R"("Result": "OK")"), with(R"("Result": "no", "dt": "g", )" + url),
+           with(R"("Result": 1, "dt": "g", )" + url), with(R"("dt": "g", )" + url),
+           with(result + R"("dt": 5, )" + url), with(result + R"("dt": ["g"], )" + url),
+           with(result + R"("dt": null, )" + url), with(result + R"("dt": "g")"),
+           with(result + R"("dt": "g", "url": {})"),
+           with(result + R"("dt": ")" + std::string(1000000, 'x') + R"(", )" + url)}) {
+    SCOPED_TRACE(body.substr(0, 60));
+    publish(serve(200, body), serve(200, ""));
+    EXPECT_EQ(update(), Answers{});
+    EXPECT_FALSE(outcome_.downloaded);
+    EXPECT_EQ(outcome_.notes.size(), 1U) << "what the watch says itself";
+  }
+  EXPECT_EQ(lirvox_->dtDbGenerated(), std::nullopt);
+  EXPECT_EQ(contents(caches()), old_);
+}
+
+TEST_F(UpdateTest, MisbehavingServersChangeNothingButWhatIsKeptForInspection) {
+  const std::string archive = zipBytes({{kInner, "new"}});
+  const std::string elsewhere = zipBytes({{"elsewhere/db1.sqlite", "new"}});
+  const Manner endless = [megabyte = std::string(1 << 20, 'x')](const Connection& connection) {
+    connection.send("HTTP/1.1 200 OK\r\n\r\n");
+    while (connection.send(megabyte)) continue;
+  };
+  const Manner stall = [](const Connection& connection) {
+    connection.send("HTTP/1.1 200 OK\r\nContent-Length: 999\r\n\r\n{\"Result");
+    connection.waitUntilClosed();
+  };
+  const struct {
+    const char* what;
+    Manner manner;
+    Files left;  // in the caches directory, when the archive is served like this
+  } cases[] = {
+      {"no answer", [](const Connection& connection) { connection.waitUntilClosed(); }, {}},
+      {"no HTTP", send("\1\2\3\4 nothing of the kind\r\n\r\n"), {}},
+      {"cut short", send("HTTP/1.1 200 OK\r\nContent-Length: 999\r\n\r\n{\"Result"), {}},
+      {"stalled", stall, {}},
+      {"endless body", endless, {}},
+      {"length too small",
+       send("HTTP/1.1 200 OK\r\nContent-Length: 5\r\n\r\nPK\3\4{}}}}}"),
+       {{"tmp.zip", "PK\3\4{"}}},
+      {"404", serve(404, "<html>"), {{"tmp.zip", "<html>"}}},
+      {"500", serve(500, ""), {{"tmp.zip", ""}}},
+      {"redirect loop", serve(302, "", "Location: /archive\r\n"), {}},
+      {"no archive", serve(200, "text"), {{"tmp.zip", "text"}}},
+      {"cut archive", serve(200, archive.substr(0, 60)), {{"tmp.zip", archive.substr(0, 60)}}},
+      {"database elsewhere",
+       serve(200, elsewhere),
+       {{"tmp.zip", elsewhere}, {"elsewhere/", ""}, {"elsewhere/db1.sqlite", "new"}}},
+  };
+  for (const auto& test : cases) {
+    SCOPED_TRACE(test.what);
+    writeFile(live(), "old");
+    const auto stamp = lirvox_->dtDbGenerated();
+    publish(test.manner, test.manner);
+    EXPECT_EQ(update(), Answers{});
+    EXPECT_EQ(contents(caches()), old_);
+    EXPECT_EQ(lirvox_->dtDbGenerated(), stamp);
+
+    publish(std::string("of ") + test.what, test.manner);
+    EXPECT_EQ(update(), Answers{});
+    Files left = old_;
+    left.insert(test.left.begin(), test.left.end());
+    EXPECT_EQ(contents(caches()), left);
+    EXPECT_EQ(lirvox_->dtDbGenerated(), std::string("of ") + test.what);
+
+    std::filesystem::remove_all(caches() / "elsewhere");
+    publish(std::string("after ") + test.what, "new");
+    EXPECT_EQ(update(), Answers{true});
+    EXPECT_EQ(contents(caches()), (Files{{"lirvox/", ""}, {"lirvox/db1.sqlite", "new"}}));
+  }
+}
+
+TEST_F(UpdateTest, TheFolderOfTheLiveDatabaseIsNotMadeButAnArchiveMayBringIt) {
+  std::filesystem::remove_all(caches());
+  publish("g1", "new");
+  EXPECT_EQ(update(), Answers{});
+  EXPECT_EQ(contents(caches()), Files{}) << "what was unpacked goes";
+  publish("g1", serve(200, zipBytes({{"lirvox/", ""}, {kInner, "new"}})));
+  EXPECT_EQ(update(), Answers{true});
+  EXPECT_EQ(readFile(live()), "new");
+}
+
+TEST_F(UpdateTest, ADatabaseThatDoesNotOpenIsAnsweredWithNo) {
+  // An extension that refuses to load makes every opening fail.
+  static const auto refuse = +[](sqlite3*, char**, const void*) { return SQLITE_ERROR; };
+  sqlite3_auto_extension(reinterpret_cast<void (*)()>(refuse));
+  publish("g1", "new");
+  EXPECT_EQ(update(), Answers{false});
+  sqlite3_reset_auto_extension();
+  EXPECT_EQ(outcome_.notes, std::vector<std::string>{"Failed to open database!"});
+  EXPECT_EQ(contents(caches()), (Files{{"lirvox/", ""}, {"lirvox/db1.sqlite", "new"}}));
+}
+
+TEST_F(UpdateTest, LocalArchivesHoldTheDatabaseAtTheirTop) {
+  EXPECT_FALSE(lirvox_->updateDatabasePath(platform_.folder.path("none.zip")));
+  EXPECT_EQ(platform_.log->lines().back(), "Lirvox: File does not exist");
+
+  std::filesystem::remove_all(caches());
+  for (const std::string& bad : {std::string("no archive"), zipBytes({{"in/db1.sqlite", "x"}})}) {
+    EXPECT_FALSE(installs(bad));
+    EXPECT_EQ(platform_.log->lines().back(), "Lirvox: Wrong file format!");
+  }
+  EXPECT_EQ(lirvox_->database(), nullptr);
+  EXPECT_TRUE(installs(zipBytes({{"db1.sqlite", "x"}})));
+  EXPECT_EQ(readFile(live()), "x");
+  EXPECT_NE(lirvox_->database(), nullptr);
+  EXPECT_TRUE(std::filesystem::exists(platform_.folder.path("local.zip")));
+
+  EXPECT_FALSE(installs(zipBytes({{.name = "db1.sqlite", .data = "y", .crc = 1}})));
+  EXPECT_EQ(readFile(live()), "x") << "a damaged archive does not touch the live database";
+}
+
+TEST_F(UpdateTest, AFullDiskCallsNoCompletionAndTheNextUpdateHeals) {
+  std::filesystem::remove_all(caches());
+  std::filesystem::create_directories(caches());
+  if (::mount("tmpfs", caches().c_str(), "tmpfs", 0, "size=1m") != 0) {
+    GTEST_SKIP() << "a small file system cannot be mounted: " << std::strerror(errno);
+  }
+  const struct {
+    const char* lacksRoomFor;
+    std::size_t noise;
+    std::size_t zeros;
+    Files left;
+  } cases[] = {
+      {"the download", 1'100'000, 0, old_},
+      {"tmp.zip beside it", 600'000, 0, old_},
+      // "tmp.zip" stays where unpacking fails.
+      {"what is in it",
+       300'000,
+       600'000,
+       {{"lirvox/", ""}, {"lirvox/db1.sqlite", "old"}, {"tmp.zip", ""}}},
+      // Only noticed when the live file is gone, as is meant.
+      {"the copy", 200'000, 250'000, {{"lirvox/", ""}}},
+  };
+  for (const auto& test : cases) {
+    SCOPED_TRACE(test.lacksRoomFor);
+    for (const auto& entry : std::filesystem::directory_iterator(caches())) {
+      std::filesystem::remove_all(entry);
+    }
+    writeFile(live(), "old");
+    publish(std::string("big ") + test.lacksRoomFor, content(test.noise, test.zeros));
+    EXPECT_EQ(update(), Answers{});
+    Files found = contents(caches());
+    if (found.count("tmp.zip") > 0) found["tmp.zip"].clear();
+    std::erase_if(found, [](const auto& file) { return file.first.rfind("home/", 0) == 0; });
+    EXPECT_EQ(found, test.left);
+    publish(std::string("small ") + test.lacksRoomFor, "new");
+    EXPECT_EQ(update(), Answers{true});
+    EXPECT_EQ(readFile(live()), "new");
+  }
+  ::umount2(caches().c_str(), MNT_DETACH);
+}
+
+// Hands the completion over, to be called too late.
+struct LateSession : platform::HttpSession {
+  void startDataTask(const std::string&, DataCompletion completion) override { *data = completion; }
+  void startDownloadTask(const std::string&, DownloadCompletion) override { ADD_FAILURE(); }
+  std::shared_ptr<DataCompletion> data = std::make_shared<DataCompletion>();
+};
+
+TEST_F(UpdateTest, ASessionThatIsGoneEndsTheUpdate) {
+  auto session = std::make_shared<LateSession>();
+  const auto data = session->data;
+  lirvox_->setSession(std::move(session));
+  lirvox_->downloadDatabaseIfNeeded([](bool) { ADD_FAILURE(); });
+  lirvox_->setSession(nullptr);
+  (*data)(goodReply("g"), {200}, std::nullopt);
+  EXPECT_EQ(lirvox_->dtDbGenerated(), std::nullopt);
+}
+
+}  // namespace
+}  // namespace lirvox::test

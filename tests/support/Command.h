@@ -1,0 +1,30 @@
+// Programs, run as their users run them.
+#pragma once
+
+#include <array>
+#include <cstdio>
+#include <string>
+
+#include <sys/wait.h>
+
+namespace lirvox::test {
+
+/// What a command left behind.
+struct Finished {
+  int status = -1;     // its exit status
+  std::string output;  // of both streams
+};
+
+/// Runs a command line of the shell to its end.
+inline Finished runCommand(const std::string& command) {
+  Finished run;
+  std::FILE* const pipe = ::popen(("{ " + command + "\n} 2>&1").c_str(), "r");
+  std::array<char, 4096> part{};
+  while (const std::size_t count = std::fread(part.data(), 1, part.size(), pipe)) {
+    run.output.append(part.data(), count);
+  }
+  run.status = WEXITSTATUS(::pclose(pipe));
+  return run;
+}
+
+}  // namespace lirvox::test
