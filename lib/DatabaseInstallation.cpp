@@ -36,13 +36,13 @@ void report(const std::string& path, const std::error_code& error) {
 // The live file is removed first, as is meant: until the copy is complete there is no
 // database, rather than an old one under a new stamp. Whatever happens in between,
 // the next check finds no file and downloads again.
-std::optional<bool> replaceLiveDatabase(const DatabaseLocations& at) {
+bool replaceLiveDatabase(const DatabaseLocations& at) {
   std::error_code ignored;
   std::filesystem::remove(at.liveDatabase, ignored);
   // The folder is not made: who never prepared it gets no database over the network.
   const std::error_code error = platform::copyWholeFile(at.extractedDatabase, at.liveDatabase);
   if (error) report(at.liveDatabase, error);
-  return error ? std::nullopt : std::optional(databaseOpens(at.liveDatabase));
+  return !error;
 }
 
 }  // namespace
@@ -56,7 +56,8 @@ DatabaseLocations::DatabaseLocations()
       sdkFolder(cachesRoot + "/lirvox"),
       liveDatabase(LirvoxSettings::databasePath()) {}
 
-std::optional<bool> installDownloadedArchive(const std::string& downloadedFile) {
+void installDownloadedArchive(const std::string& downloadedFile,
+                              const std::function<void(bool)>& completion) {
   const DatabaseLocations at;
   std::error_code ignored;
   std::filesystem::create_directories(at.cachesRoot, ignored);
@@ -64,18 +65,20 @@ std::optional<bool> installDownloadedArchive(const std::string& downloadedFile) 
   platform::removeAbandonedFiles(at.sdkFolder);
   if (const auto error = platform::copyWholeFile(downloadedFile, at.downloadArchive)) {
     report(at.downloadArchive, error);
-    return std::nullopt;
+    return;
   }
   std::filesystem::remove(downloadedFile, ignored);  // a host may end with its answer
   // On these two ways out the archive stays, and what was unpacked, for whoever wants
   // to know why.
-  if (!ZipArchive::unzipFileAtPath(at.downloadArchive, at.cachesRoot)) return std::nullopt;
-  if (!exists(at.extractedDatabase)) return std::nullopt;
+  if (!ZipArchive::unzipFileAtPath(at.downloadArchive, at.cachesRoot)) return;
+  if (!exists(at.extractedDatabase)) return;
 
-  const std::optional<bool> opened = replaceLiveDatabase(at);
+  if (replaceLiveDatabase(at)) {
+    const bool opened = databaseOpens(at.liveDatabase);
+    if (completion) completion(opened);
+  }
   std::filesystem::remove_all(at.scratchFolder, ignored);
   std::filesystem::remove(at.downloadArchive, ignored);
-  return opened;
 }
 
 bool installLocalArchive(const std::string& archive) {

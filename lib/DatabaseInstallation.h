@@ -1,7 +1,7 @@
 // Installing the fingerprint database from an archive.
 #pragma once
 
-#include <optional>
+#include <functional>
 #include <string>
 
 namespace lirvox {
@@ -23,10 +23,12 @@ struct DatabaseLocations {
 };
 
 /// Installs the database from an archive that was downloaded to `downloadedFile`, which
-/// is removed when it has its place. Returns whether the installed database opens;
-/// nothing when it did not come that far. Blocks for as long as unpacking takes; the
-/// live database is replaced as a whole, and missing for as long as it takes to copy it.
-std::optional<bool> installDownloadedArchive(const std::string& downloadedFile);
+/// is removed when it has its place. Calls `completion` with whether the installed
+/// database opens, unless it did not come that far, and then clears up. Blocks for as
+/// long as unpacking takes; the live database is replaced as a whole, and missing for as
+/// long as it takes to copy it.
+void installDownloadedArchive(const std::string& downloadedFile,
+                              const std::function<void(bool)>& completion);
 
 /// Unpacks an archive that holds the database at its top level into the library's
 /// folder, which is made when missing. Returns whether a database is there now. The

@@ -39,6 +39,7 @@ void handleReply(const Session& session, const std::string& apiKey, const std::s
 
 void LirvoxWeb::downloadDatabaseIfNeeded(const Session& session, const std::string& apiKey,
                                          Completion completionBlock) {
+  if (!session) return;
   // The key goes in as it is: who hands keys out may rely on it.
   const std::string url =
       LirvoxSettings::apiUrl() + "/api/last_db_generation.php?api_key=" + apiKey;
@@ -52,15 +53,14 @@ void LirvoxWeb::downloadDatabaseIfNeeded(const Session& session, const std::stri
 
 void LirvoxWeb::downloadAndUnzipDB(const Session& session, const std::string&,
                                    const std::string& fileURL, Completion completionBlock) {
+  if (!session) return;
   session->startDownloadTask(
       fileURL, [completionBlock = std::move(completionBlock)](const std::string& location,
                                                               const platform::HttpResponse&,
                                                               const std::optional<LirvoxError>&) {
         // Neither error nor status are looked at: without a file there is nothing to
         // copy, and a page that explains an error is no archive.
-        if (location.empty()) return;
-        const std::optional<bool> opened = installDownloadedArchive(location);
-        if (opened && completionBlock) completionBlock(*opened);
+        if (!location.empty()) installDownloadedArchive(location, completionBlock);
       });
 }
 
