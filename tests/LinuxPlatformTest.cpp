@@ -46,6 +46,7 @@ TEST(LinuxDirectories, FollowTheEnvironment) {
   const std::vector<Case> cases = {
       {{{"LIRVOX_CACHES_DIR", "/c"}, {"XDG_CACHE_HOME", "/x"}, {"HOME", "/h"}}, "app", "/c"},
       {{{"LIRVOX_CACHES_DIR", "/c/d//"}}, "app", "/c/d"},
+      {{{"LIRVOX_CACHES_DIR", "~/c"}, {"HOME", "/h"}}, "app", "/h/c"},
       {{{"LIRVOX_CACHES_DIR", ""}, {"XDG_CACHE_HOME", "/x"}, {"HOME", "/h"}}, "app", "/x/app"},
       {{{"XDG_CACHE_HOME", "/x/"}}, "app", "/x/app"},
       {{{"XDG_CACHE_HOME", "relative"}, {"HOME", "/h"}}, "app", "/h/.cache/app"},

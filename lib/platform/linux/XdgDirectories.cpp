@@ -23,9 +23,12 @@ std::string homeDirectory() {
   return user ? user->pw_dir : "/tmp";
 }
 
-// As an absolute path without a trailing slash; a relative one starts where the program did.
+// As an absolute path without a trailing slash; a relative one starts where the program
+// did. A tilde stands for the home folder, also in a setting that no shell has read.
 std::string folderPath(const std::string& setting) {
-  std::string path = std::filesystem::absolute(setting);
+  const bool atHome = setting == "~" || setting.rfind("~/", 0) == 0;
+  std::string path =
+      std::filesystem::absolute(atHome ? homeDirectory() + setting.substr(1) : setting);
   while (path.size() > 1 && path.back() == '/') path.pop_back();
   return path;
 }
