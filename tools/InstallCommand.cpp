@@ -20,7 +20,10 @@ int install(const std::string& archive) {
   platform::install(std::move(platform));
   const std::string database = LirvoxSettings::databasePath();
   const KeptCatalog kept(database);
-  if (!Lirvox::sharedInstance()->updateDatabasePath(archive)) {
+  const auto lirvox = Lirvox::sharedInstance();
+  // The stored stamp is that of another database: the next update shall not believe it.
+  if (lirvox->dtDbGenerated()) lirvox->setDtDbGenerated("");
+  if (!lirvox->updateDatabasePath(archive)) {
     complain(archive + ": not installed");
     return exitUpdate;
   }
