@@ -174,6 +174,7 @@ TEST_F(ZipArchiveTest, EveryArchiveEndsAsItShouldAndNothingLeavesTheDestination)
     expected.insert({"kept", "old"});
     EXPECT_EQ(contents(destination()), expected);
     EXPECT_EQ(outside(), (Files{{"archive.zip", test.archive}}));
+    EXPECT_EQ(error_.code == 0, test.reason == kDone);
     if (test.reason == kDone) continue;
     EXPECT_NE(error_.localizedDescription.find(test.reason), std::string::npos)
         << error_.localizedDescription;

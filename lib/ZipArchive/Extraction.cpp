@@ -158,7 +158,9 @@ bool Extraction::expandNested(const std::string& name, int folder, LirvoxError& 
   if (done) ::unlinkat(folder, name.c_str(), 0);
   // A file that is no archive but for its name stays; a hostile or damaged archive
   // is no better for being nested.
-  return done || error.code != static_cast<std::int32_t>(ZipErrorCode::kFailed);
+  if (done || error.code == static_cast<std::int32_t>(ZipErrorCode::kFailed)) return done;
+  error = {};
+  return true;
 }
 
 }  // namespace lirvox
