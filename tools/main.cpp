@@ -15,14 +15,10 @@ int main(int argc, char** argv) {
           "Examples:\n"
           "  lirvox index ~/Music            fingerprint a folder into the database\n"
           "  lirvox recognize excerpt.ogg    say which track it is, and where in it\n"
-          "  lirvox listen                   say what is playing
-"
-          "  lirvox update                   fetch the database of the service
-"
-          "
-"
-          "Exit status: 0 done or recognised, 1 nothing recognised, 2 usage, 3 done but some
-"
+          "  lirvox listen                   say what is playing\n"
+          "  lirvox update                   fetch the database of the service\n"
+          "\n"
+          "Exit status: 0 done or recognised, 1 nothing recognised, 2 usage, 3 done but some\n"
           "files failed, 4 database, 5 audio device, 6 network or update.",
       .commands = {indexCommand(), recognizeCommand(), listenCommand(), replayCommand(),
                    devicesCommand(), fingerprintCommand(), infoCommand(), installCommand(),
