@@ -38,6 +38,7 @@ class HttpSessionTest : public testing::Test {
     configuration_.timeoutForRequest = configuration_.timeoutForResource = kLong;
     configuration_.maximumConnectionsPerHost = 1;
     configuration_.additionalHeaders = {{"Accept", "application/json"}};
+    std::filesystem::create_directory(folder_.path("tmp"));
   }
 
   std::shared_ptr<platform::HttpSession> makeSession() {

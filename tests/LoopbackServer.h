@@ -2,8 +2,8 @@
 #pragma once
 
 #include <chrono>
+#include <condition_variable>
 #include <functional>
-#include <future>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -118,14 +118,19 @@ class LoopbackServer {
 class Event {
  public:
   void set() {
-    std::call_once(once_, [this] { promise_.set_value(); });
+    const std::lock_guard lock(mutex_);
+    set_ = true;
+    changed_.notify_all();
   }
-  bool wait() { return future_.wait_for(std::chrono::seconds(20)) == std::future_status::ready; }
+  bool wait() {
+    std::unique_lock lock(mutex_);
+    return changed_.wait_for(lock, std::chrono::seconds(20), [this] { return set_; });
+  }
 
  private:
-  std::once_flag once_;
-  std::promise<void> promise_;
-  std::future<void> future_ = promise_.get_future();
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  bool set_ = false;  // guarded by mutex_
 };
 
 }  // namespace lirvox::test
