@@ -2,7 +2,8 @@
 """Prints the figures of a benchmark run (Google Benchmark's JSON on standard input) as a table.
 
 Of each benchmark the fastest repetition counts: what other programs on the machine add to a
-time is never negative. Times are CPU time.
+time is never negative. Times are CPU time, but where somebody waits: there they are what a
+clock shows.
 """
 import json
 import sys
@@ -32,11 +33,12 @@ def main():
         if run["run_type"] != "iteration":
             continue
         name = run["run_name"].split("/")[0]
-        time = run["cpu_time"] * MICROSECONDS[run["time_unit"]]
+        kind = "real_time" if "manual_time" in run["run_name"] else "cpu_time"
+        time = run[kind] * MICROSECONDS[run["time_unit"]]
         fastest[name] = min(time, fastest.get(name, time))
         counters[name] = {key: run[key] for key in ("rows", "seconds") if key in run}
 
-    print(f"{'benchmark':<22}{'CPU time':>14}")
+    print(f"{'benchmark':<22}{'time':>14}")
     for name in sorted(fastest):
         print(f"{name:<22}{fastest[name]:>11.2f} us")
     print()
