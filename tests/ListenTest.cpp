@@ -147,7 +147,8 @@ TEST_F(Listen, SaysWhatIsMissingAndEndsWhenItIsTold) {
       {"@ listen -d none.sqlite", 4, "none.sqlite"},
       {"@ listen --seconds 0", 2, "--seconds"},
       {"@ replay none.dat", 3, "none.dat"},
-      {"timeout --preserve-status -s INT 3 @ listen --continuous", 1, "Nothing but silence"},
+      {"timeout --foreground --preserve-status -s INT 3 @ listen --continuous", 1,
+       "Nothing but silence"},
   };
   for (const auto& [command, status, says] : cases) {
     const Finished finished = run(command);
