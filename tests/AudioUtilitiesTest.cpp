@@ -111,20 +111,27 @@ TEST(FloatConverterTest, SizesItsOutputByTheInputsPackets) {
   }
 }
 
-TEST(FloatConverterTest, CutsWhatItsOutputCannotHold) {
+TEST(FloatConverterTest, TakesADeliveryWholeAndCutsWhatItsOutputCannotHold) {
   platform::install(platform::systemPlatform());
-  const auto format = LirvoxAudioUtilities::floatFormatWithNumberOfChannels(1, 11025);
-  const auto converter = LirvoxAudioFloatConverter::converterWithInputFormat(format);
-  const auto input = LirvoxAudioUtilities::audioBufferListWithNumberOfFrames(1500, 1, true);
-  auto* const samples = static_cast<std::int32_t*>(input->buffers[0].data);
-  std::iota(samples, samples + 1500, 1);
-  std::vector<float> converted(1500, -1.0F);
-  float* buffers[] = {converted.data()};
-  converter->convertDataFromAudioBufferList(*input, 0, buffers);
-  EXPECT_EQ(converted[0], -1.0F) << "no frames, nothing done";
-  converter->convertDataFromAudioBufferList(*input, 1500, buffers);
-  EXPECT_EQ(std::memcmp(converted.data(), samples, 4096), 0);
-  EXPECT_EQ(converted[1024], -1.0F);
+  for (const std::uint32_t bytes : {4U, 2U}) {
+    auto format = LirvoxAudioUtilities::floatFormatWithNumberOfChannels(1, 11025);
+    format.bytesPerPacket = format.bytesPerFrame = bytes;
+    format.bitsPerChannel = 8 * bytes;
+    LirvoxAudioFloatConverter converter(format);
+    const std::uint32_t capacity = 4096 / bytes;
+    std::vector<std::int16_t> samples(3000 * bytes / 2);  // of the upper halves of words
+    for (std::uint32_t i = 0; i < 3000; ++i)
+      samples[(i + 1) * bytes / 2 - 1] = static_cast<std::int16_t>(i);
+    platform::AudioBufferList input{{{1, 0, samples.data()}}};
+    std::vector<std::int32_t> converted(3000, -1);
+    float* buffers[] = {reinterpret_cast<float*>(converted.data())};
+    converter.convertDataFromAudioBufferList(input, 0, buffers);
+    EXPECT_EQ(converted[0], -1) << "no frames, nothing done";
+    converter.convertDataFromAudioBufferList(input, 3000, buffers);
+    for (std::uint32_t i = 0; i < 3000; ++i) {
+      ASSERT_EQ(converted[i], i < capacity ? static_cast<std::int32_t>(i << 16) : -1) << i;
+    }
+  }
 }
 
 TEST(FloatConverterDeathTest, EndsTheProcessWhenItCannotConvert) {
