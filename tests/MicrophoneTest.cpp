@@ -198,6 +198,10 @@ TEST_F(MicrophoneTest, ReplacesItsBuffersWithTheFormat) {
   EXPECT_EQ(microphone->info().audioBufferList->buffers[0].dataByteSize, 1024U);
   EXPECT_EQ(script_.deliver(std::vector<std::int32_t>(256, 9)), 0);
   EXPECT_EQ(listener_->received, std::vector<std::int32_t>(256, 9));
+  format.bytesPerPacket = format.bytesPerFrame = 2;
+  format.bitsPerChannel = 16;
+  microphone->setAudioStreamBasicDescription(format);
+  EXPECT_EQ(script_.deliver(std::vector<std::int32_t>(257)), platform::audioTooManyFramesError);
 }
 
 TEST_F(MicrophoneTest, PlaysThroughWhatItRenderedLast) {
