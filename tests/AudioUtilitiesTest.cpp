@@ -1,6 +1,4 @@
 // Buffers, formats and failed statuses of the capture path, and its converter.
-#include <algorithm>
-#include <array>
 #include <limits>
 
 #include <gtest/gtest.h>
@@ -29,65 +27,6 @@ TEST(AudioUtilitiesDeathTest, ReportsAFailedStatusAndEndsTheProcessButNotForSucc
   }
 }
 
-TEST(AudioUtilitiesTest, AllocatesOneBufferForAllChannelsOrOneForEach) {
-  for (const bool interleaved : {true, false}) {
-    const auto list = LirvoxAudioUtilities::audioBufferListWithNumberOfFrames(512, 2, interleaved);
-    EXPECT_EQ(list->buffers.size(), interleaved ? 1U : 2U);
-    for (const platform::AudioBuffer& buffer : list->buffers) {
-      EXPECT_EQ(buffer.numberChannels, interleaved ? 2U : 1U);
-      EXPECT_EQ(buffer.dataByteSize, interleaved ? 4096U : 2048U);
-      const auto* const samples = static_cast<const char*>(buffer.data);
-      EXPECT_EQ(std::count(samples, samples + buffer.dataByteSize, 0), buffer.dataByteSize);
-    }
-  }
-}
-
-TEST(AudioUtilitiesTest, TheRecognizersFormatIgnoresWhatItIsAskedFor) {
-  EXPECT_EQ(LirvoxAudioUtilities::floatFormatWithNumberOfChannels(2, 48000),
-            LirvoxAudioUtilities::floatFormatWithNumberOfChannels(1, 11025));
-}
-
-// A converter that cannot convert, and knows its packet size only if it is not 0.
-class PacketConverter : public platform::AudioConverter {
- public:
-  explicit PacketConverter(std::uint32_t bytes) : bytes_(bytes) {}
-  AudioStatus fillComplexBuffer(InputDataCallback, void*, std::uint32_t&,
-                                platform::AudioBufferList&,
-                                platform::AudioStreamPacketDescription*) override {
-    return platform::fourCharacterCode("oops");
-  }
-  AudioStatus maximumOutputPacketSize(std::uint32_t& bytes) override {
-    bytes = bytes_;
-    return bytes_ == 0 ? -1 : 0;
-  }
-
- private:
-  const std::uint32_t bytes_;
-};
-
-TEST(FloatConverterDeathTest, SizesItsOutputByTheInputsPacketsAndEndsTheProcessOnFailure) {
-  auto format = LirvoxAudioUtilities::floatFormatWithNumberOfChannels(1, 11025);
-  const auto input = LirvoxAudioUtilities::audioBufferListWithNumberOfFrames(1, 1, true);
-  for (const auto& [bytesPerPacket, xops, packets, descriptions] :
-       {std::array{8U, 9U, 512U, 0U}, {0U, 0U, 2U, 2U}, {0U, 5000U, 1U, 1U}}) {
-    platform::Platform installed = platform::systemPlatform();
-    installed.makeAudioConverter = [bytes = xops](const auto&, const auto&, AudioStatus&) {
-      return std::make_unique<PacketConverter>(bytes);
-    };
-    platform::install(std::move(installed));
-    format.bytesPerPacket = bytesPerPacket;
-    LirvoxAudioFloatConverter converter(format);
-    EXPECT_EQ(converter.info().packetsPerBuffer, packets);
-    EXPECT_EQ(converter.info().packetDescriptions.size(), descriptions);
-    EXPECT_EXIT(converter.convertDataFromAudioBufferList(*input, 1, nullptr),
-                testing::ExitedWithCode(255),
-                "^Error: Failed to fill complex buffer in float converter \\('oops'\\)\n$");
-  }
-  platform::install(platform::systemPlatform());
-  EXPECT_EXIT(LirvoxAudioFloatConverter{{}}, testing::ExitedWithCode(255),
-              "^Error: Failed to create new audio converter \\('fmt\\?'\\)\n$");
-}
-
 TEST(FloatConverterTest, TakesADeliveryWholeAndCutsWhatItsOutputCannotHold) {
   platform::install(platform::systemPlatform());
   for (const std::uint32_t bytes : {4U, 2U}) {
@@ -109,6 +48,11 @@ TEST(FloatConverterTest, TakesADeliveryWholeAndCutsWhatItsOutputCannotHold) {
       ASSERT_EQ(converted[i], i < capacity ? static_cast<std::int32_t>(i << 16) : -1) << i;
     }
   }
+}
+
+TEST(FloatConverterDeathTest, EndsTheProcessWhenThereIsNoConverter) {
+  EXPECT_EXIT(LirvoxAudioFloatConverter{{}}, testing::ExitedWithCode(255),
+              "^Error: Failed to create new audio converter \\('fmt\\?'\\)\n$");
 }
 
 }  // namespace

@@ -1,46 +1,18 @@
 // The unit that delivers from memory, on its own thread, with a microphone on top.
-#include <condition_variable>
 #include <future>
 #include <numeric>
 #include <thread>
 
 #include <gtest/gtest.h>
 
-#include "lib/audio/LirvoxMicrophone.h"
 #include "lib/platform/MemoryAudioUnit.h"
+#include "tests/support/SoundRecorder.h"
 
 namespace lirvox {
 namespace {
 
 using platform::MemoryAudioUnit;
 using Sizes = std::vector<std::uint32_t>;
-
-class Collector : public LirvoxMicrophoneAudioDelegate {
- public:
-  void hasAudioReceived(LirvoxMicrophone& microphone, float** buffers, std::uint32_t bufferSize,
-                        std::uint32_t) override {
-    const auto* const samples = reinterpret_cast<const std::int32_t*>(buffers[0]);
-    const std::lock_guard lock(mutex_);
-    received_.insert(received_.end(), samples, samples + bufferSize);
-    if (received_.size() >= stopAt_) microphone.stopFetchingAudio();
-    changed_.notify_all();
-  }
-
-  bool waitFor(std::size_t count) {
-    std::unique_lock lock(mutex_);
-    return changed_.wait_for(lock, std::chrono::seconds(30),
-                             [&] { return received_.size() >= count; });
-  }
-  std::size_t count() {
-    const std::lock_guard lock(mutex_);
-    return received_.size();
-  }
-
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  std::vector<std::int32_t> received_;
-  std::size_t stopAt_ = 1'000'000;
-};
 
 class MemoryAudioUnitTest : public testing::Test {
  protected:
@@ -58,32 +30,32 @@ class MemoryAudioUnitTest : public testing::Test {
     std::iota(ramp->begin(), ramp->end(), 1);
     return ramp;
   }();
-  std::shared_ptr<Collector> collector_ = std::make_shared<Collector>();
+  std::shared_ptr<test::SoundRecorder> collector_ = std::make_shared<test::SoundRecorder>();
 };
 
 TEST_F(MemoryAudioUnitTest, DeliversInOrderUntilItIsStoppedOrDestroyed) {
   for (const auto& sizes : {Sizes{17, 1000, 3}, Sizes{7}, Sizes{}, Sizes{0, 5000}}) {
-    collector_ = std::make_shared<Collector>();
+    collector_ = std::make_shared<test::SoundRecorder>();
     auto microphone = microphoneOf(sizes);
     for (int i = 0; i < 60; ++i) {
       microphone->startFetchingAudio();
-      ASSERT_TRUE(collector_->waitFor(std::min(collector_->count() + 1, samples_->size())));
+      ASSERT_TRUE(collector_->waitForFrames(collector_->count() < samples_->size() ? 1 : 0));
       if (i == 59) microphone.reset();
       if (microphone) microphone->stopFetchingAudio();
       const std::size_t stoppedAt = collector_->count();
       std::this_thread::yield();
       ASSERT_EQ(collector_->count(), stoppedAt);
     }
-    const auto& received = collector_->received_;
+    const auto& received = collector_->received;
     EXPECT_TRUE(std::equal(received.begin(), received.end(), samples_->begin()));
   }
 }
 
 TEST_F(MemoryAudioUnitTest, TheDeliveryThatStopsItIsTheLast) {
-  collector_->stopAt_ = 3000;
+  collector_->stopsAt = 3000;
   const auto microphone = microphoneOf({1000});
   microphone->startFetchingAudio();
-  ASSERT_TRUE(collector_->waitFor(3000));
+  ASSERT_TRUE(collector_->waitForFrames(3000));
   microphone->stopFetchingAudio();  // waits for the end of that delivery
   EXPECT_EQ(collector_->count(), 3000U);
 }

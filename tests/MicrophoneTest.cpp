@@ -3,12 +3,13 @@
 
 #include "lib/audio/LirvoxMicrophone.h"
 #include "tests/support/ScriptedAudio.h"
+#include "tests/support/SoundRecorder.h"
 
 namespace lirvox {
 namespace {
 
 using platform::AudioSessionInterruption;
-using Words = std::vector<std::string>;
+using Words = test::SoundRecorder::Words;
 
 class RawListener : public LirvoxMicrophoneDelegate {
  public:
@@ -20,36 +21,14 @@ class RawListener : public LirvoxMicrophoneDelegate {
   int bufferLists = 0;
 };
 
-// Writes down what it is given, and the events that do not come from the audio thread.
-class Listener : public LirvoxMicrophoneAudioDelegate {
- public:
-  void hasAudioStreamBasicDescription(LirvoxMicrophone&, test::Format format) override {
-    events.push_back("format " + std::to_string(format.channelsPerFrame));
-  }
-  void changedPlayingState(LirvoxMicrophone&, bool isPlaying) override {
-    events.push_back(isPlaying ? "playing" : "stopped");
-  }
-  void changedDevice(LirvoxMicrophone&, const LirvoxAudioDevice& device) override {
-    events.push_back("device " + (device.port() ? device.port()->name : "none"));
-  }
-  void hasAudioReceived(LirvoxMicrophone&, float** buffers, std::uint32_t bufferSize,
-                        std::uint32_t) override {
-    const auto* const samples = reinterpret_cast<const std::int32_t*>(buffers[0]);
-    received.insert(received.end(), samples, samples + bufferSize);
-  }
-  Words events;
-  std::vector<std::int32_t> received;
-};
-
 class MicrophoneTest : public testing::Test {
  protected:
   static platform::AudioSessionPort port(const std::string& name) {
     return {name, name, false, {}};
   }
-  static Words took(Words& words) { return std::exchange(words, {}); }
 
   test::ScriptedPlatform platform_;
-  const std::shared_ptr<Listener> listener_ = std::make_shared<Listener>();
+  const std::shared_ptr<test::SoundRecorder> listener_ = std::make_shared<test::SoundRecorder>();
   test::AudioScript& script_ = *platform_.script;
   test::ScriptedSession& session_ = *platform_.session;
 };
@@ -64,7 +43,7 @@ TEST_F(MicrophoneTest, SetsTheUnitUpInOrderAndUninitialisesItWithoutStopping) {
             (Words{"makeInputUnit", "enableInput", "inputStreamFormat", "setClientStreamFormat",
                    "setDeliveredStreamFormat", "maximumFramesPerSlice", "setInputCallback",
                    "initialize", "start", "uninitialize"}));
-  EXPECT_EQ(listener_->events, (Words{"device built-in", "format 1", "playing"}));
+  EXPECT_EQ(listener_->takeEvents(), (Words{"device built-in", "format 1", "playing"}));
 }
 
 TEST_F(MicrophoneTest, HandsOnAndPlaysThroughWhatItRendersToTheBitHoweverItIsChopped) {
@@ -112,13 +91,13 @@ TEST_F(MicrophoneTest, FollowsInterruptions) {
   constexpr auto began = AudioSessionInterruption::Type::began;
   constexpr auto ended = AudioSessionInterruption::Type::ended;
   const auto microphone = LirvoxMicrophone::microphoneWithDelegate(listener_, true);
-  listener_->events.clear();
+  listener_->takeEvents();
   session_.postInterruption({began, 0});
-  EXPECT_EQ(took(listener_->events), Words{"stopped"});
+  EXPECT_EQ(listener_->takeEvents(), Words{"stopped"});
   session_.postInterruption({ended, 0});
-  EXPECT_EQ(took(listener_->events), Words{}) << "it stays stopped without the resume option";
+  EXPECT_EQ(listener_->takeEvents(), Words{}) << "it stays stopped without the resume option";
   session_.postInterruption({ended, AudioSessionInterruption::shouldResume});
-  EXPECT_EQ(took(listener_->events), Words{"playing"});
+  EXPECT_EQ(listener_->takeEvents(), Words{"playing"});
   EXPECT_EQ(script_.calls.back(), "start");
 }
 
@@ -126,28 +105,28 @@ TEST_F(MicrophoneTest, FollowsTheRouteAndHearsNothingOfTheSameDevice) {
   session_.route.inputs = {port("first"), port("other")};
   auto microphone = LirvoxMicrophone::microphoneWithDelegate(listener_);
   session_.postRouteChange();
-  EXPECT_EQ(took(listener_->events), (Words{"device first", "format 1"}));
+  EXPECT_EQ(listener_->takeEvents(), (Words{"device first", "format 1"}));
   session_.dataSource = platform::AudioSessionDataSource{"front", "Front"};
   session_.postRouteChange();
-  EXPECT_EQ(took(listener_->events), Words{"device first"});
+  EXPECT_EQ(listener_->takeEvents(), Words{"device first"});
   session_.route.inputs.clear();
   session_.postRouteChange();
-  EXPECT_EQ(took(listener_->events), Words{"device none"});
+  EXPECT_EQ(listener_->takeEvents(), Words{"device none"});
   microphone.reset();
   session_.route.inputs = {port("second")};
   session_.postRouteChange();
-  EXPECT_EQ(listener_->events, Words{}) << "a microphone that is gone observes nothing";
+  EXPECT_EQ(listener_->takeEvents(), Words{}) << "a microphone that is gone observes nothing";
 }
 
 TEST_F(MicrophoneTest, StoresADeviceThatTheSessionRefuses) {
   const LirvoxAudioDevice device(port("usb"), platform::AudioSessionDataSource{"rear", "Rear"});
   for (const char* const line : {"Error: (Rear): source refused", "Error (usb): port refused"}) {
     const auto microphone = LirvoxMicrophone::microphoneWithDelegate(listener_);
-    listener_->events.clear();
+    listener_->takeEvents();
     microphone->setDevice(device);
     EXPECT_EQ(platform_.log->lines().back(), line);
     EXPECT_EQ(microphone->device(), device);
-    EXPECT_EQ(listener_->events, Words{"device usb"});
+    EXPECT_EQ(listener_->takeEvents(), Words{"device usb"});
     session_.refusesPort = true;
   }
   EXPECT_EQ(platform_.log->lines().size(), 2U);

@@ -1,83 +1,36 @@
 // The microphone on a real PulseAudio server.
 #include <atomic>
-#include <chrono>
 #include <cmath>
 #include <complex>
-#include <condition_variable>
 #include <future>
 #include <random>
 
 #include <gtest/gtest.h>
 
-#include "lib/audio/LirvoxMicrophone.h"
 #include "lib/platform/PulseAudio.h"
 #include "tests/support/PulseServer.h"
+#include "tests/support/SoundRecorder.h"
 
 namespace lirvox {
 namespace {
 
-class Recorder : public LirvoxMicrophoneAudioDelegate {
+class Recorder : public test::SoundRecorder {
  public:
-  void hasAudioReceived(LirvoxMicrophone&, float** buffers, std::uint32_t bufferSize,
-                        std::uint32_t) override {
-    const auto* const samples = reinterpret_cast<const std::int32_t*>(buffers[0]);
-    EXPECT_LE(bufferSize, 1024U);
-    note([&] { samples_.insert(samples_.end(), samples, samples + bufferSize); });
-  }
-  void changedPlayingState(LirvoxMicrophone&, bool isPlaying) override {
-    note([&] { isPlaying_ = isPlaying; });
-  }
-  void changedDevice(LirvoxMicrophone&, const LirvoxAudioDevice& device) override {
-    note([&] { device_ = device.port() ? device.port()->uniqueIdentifier : "none"; });
-  }
-
-  bool waitForPlaying(bool isPlaying) {
-    return wait([&] { return isPlaying_ == isPlaying; });
-  }
-  bool waitForDevice(const std::string& name) {
-    return wait([&] { return device_ == name; });
-  }
-  // Frames that arrive from now on.
-  bool waitForFrames(std::size_t frames) {
-    const std::size_t goal = count() + frames;
-    return wait([&] { return samples_.size() >= goal; });
-  }
   // Until the last half second is little but a sine of this frequency.
   bool waitForSine(double frequency) {
-    return wait([&] { return samples_.size() > 5512 && toneShare(frequency) > 0.98; });
-  }
-  std::size_t count() {
-    const std::lock_guard lock(mutex_);
-    return samples_.size();
+    return waitUntil([&] { return received.size() > 5512 && toneShare(frequency) > 0.98; });
   }
 
  private:
-  template <typename Change>
-  void note(Change change) {
-    const std::lock_guard lock(mutex_);
-    change();
-    changed_.notify_all();
-  }
-  template <typename Condition>
-  bool wait(Condition condition) {
-    std::unique_lock lock(mutex_);
-    return changed_.wait_for(lock, std::chrono::seconds(20), condition);
-  }
   double toneShare(double frequency) const {
     std::complex<double> sum;
     double power = 0;
-    for (std::size_t i = samples_.size() - 5512; i < samples_.size(); ++i) {
-      sum += std::polar<double>(samples_[i], 2 * M_PI * frequency * static_cast<double>(i) / 11025);
-      power += std::pow(samples_[i], 2);
+    for (std::size_t i = received.size() - 5512; i < received.size(); ++i) {
+      sum += std::polar<double>(received[i], 2 * M_PI * frequency * static_cast<double>(i) / 11025);
+      power += std::pow(received[i], 2);
     }
     return power > 0 ? 2 * std::norm(sum) / (5512 * power) : 0;
   }
-
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  std::vector<std::int32_t> samples_;
-  bool isPlaying_ = false;
-  std::string device_;
 };
 
 struct ChangeCounter : platform::AudioSessionObserver {
@@ -122,10 +75,10 @@ TEST_F(PulseAudioTest, HearsTheDefaultSourceAndFollowsItUntilADeviceIsChosen) {
   server_->playSine("one", 1000);
   server_->playSine("two", 700);
   const auto microphone = capture();
-  EXPECT_TRUE(recorder_->waitForDevice("one.monitor"));
+  EXPECT_TRUE(recorder_->waitFor("device one.monitor"));
   EXPECT_TRUE(recorder_->waitForSine(1000));
   EXPECT_TRUE(server_->control("set-default-source two.monitor"));
-  EXPECT_TRUE(recorder_->waitForDevice("two.monitor"));
+  EXPECT_TRUE(recorder_->waitFor("device two.monitor"));
   EXPECT_TRUE(recorder_->waitForSine(700));
   const platform::AudioSessionPort one = session_->availableInputs().at(0);
   EXPECT_TRUE(one.isMonitor);
@@ -140,18 +93,18 @@ TEST_F(PulseAudioTest, HearsTheDefaultSourceAndFollowsItUntilADeviceIsChosen) {
 TEST_F(PulseAudioTest, ASuspendedSourceInterruptsAndItsReturnResumesUnlessStoppedMeanwhile) {
   const auto microphone = capture();
   EXPECT_TRUE(server_->control("suspend-sink one 1"));
-  EXPECT_TRUE(recorder_->waitForPlaying(false));
+  EXPECT_TRUE(recorder_->waitFor("stopped"));
   EXPECT_TRUE(server_->control("suspend-sink one 0"));
-  EXPECT_TRUE(recorder_->waitForPlaying(true));
+  EXPECT_TRUE(recorder_->waitFor("playing"));
   EXPECT_TRUE(recorder_->waitForFrames(2000));
 
   EXPECT_TRUE(server_->control("suspend-sink one 1"));
-  EXPECT_TRUE(recorder_->waitForPlaying(false));
+  EXPECT_TRUE(recorder_->waitFor("stopped"));
   microphone->stopFetchingAudio();
   EXPECT_TRUE(server_->control("suspend-sink one 0"));
   EXPECT_TRUE(server_->control("set-default-source two.monitor"));
-  EXPECT_TRUE(recorder_->waitForDevice("two.monitor"));  // comes after what the return would do
-  EXPECT_TRUE(recorder_->waitForPlaying(false));
+  EXPECT_TRUE(recorder_->waitFor("device two.monitor"));  // comes after what the return would do
+  EXPECT_TRUE(recorder_->waitFor("stopped"));
   microphone->startFetchingAudio();
   EXPECT_TRUE(recorder_->waitForFrames(2000));
 }
@@ -159,20 +112,20 @@ TEST_F(PulseAudioTest, ASuspendedSourceInterruptsAndItsReturnResumesUnlessStoppe
 TEST_F(PulseAudioTest, OutlivesTheRemovalOfTheDefaultSourceUnlessItAskedForItByName) {
   auto microphone = capture();
   EXPECT_TRUE(server_->removeSink("one"));
-  EXPECT_TRUE(recorder_->waitForDevice("two.monitor"));
+  EXPECT_TRUE(recorder_->waitFor("device two.monitor"));
   EXPECT_TRUE(recorder_->waitForFrames(2000));
   install("two.monitor");
   microphone = capture();
   EXPECT_TRUE(server_->removeSink("two"));
-  EXPECT_TRUE(recorder_->waitForPlaying(false));
-  EXPECT_TRUE(recorder_->waitForDevice("none"));
+  EXPECT_TRUE(recorder_->waitFor("stopped"));
+  EXPECT_TRUE(recorder_->waitFor("device none"));
 }
 
 TEST_F(PulseAudioTest, StopsWhenTheServerDies) {
   auto microphone = capture();
   server_->kill();
-  EXPECT_TRUE(recorder_->waitForPlaying(false));
-  EXPECT_TRUE(recorder_->waitForDevice("none"));
+  EXPECT_TRUE(recorder_->waitFor("stopped"));
+  EXPECT_TRUE(recorder_->waitFor("device none"));
   microphone->stopFetchingAudio();
 
   // Looking for the server in vain is no news that makes anybody look again.

@@ -1,7 +1,6 @@
 // A PulseAudio server of the test's own, with null sinks and no hardware.
 #pragma once
 
-#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
@@ -61,13 +60,9 @@ class PulseServer {
     writeWav(file, samples);
     players_.push_back(spawn("paplay --server=" + address() + " --device=" + sink + " " + file));
   }
-  void playSine(const std::string& sink, double frequency) {
-    std::vector<std::int32_t> samples(11025 * 60);
-    for (std::size_t i = 0; i < samples.size(); ++i) {
-      const double phase = 2 * M_PI * frequency * static_cast<double>(i) / 11025;
-      samples[i] = static_cast<std::int32_t>(16000 * std::sin(phase));
-    }
-    play(sink, samples);
+  bool playSine(const std::string& sink, int frequency) const {
+    return control("load-module module-sine sink=" + sink +
+                   " frequency=" + std::to_string(frequency));
   }
 
   void freeze() { ::kill(server_, SIGSTOP); }

@@ -44,30 +44,26 @@ class ScriptedUnit : public platform::AudioUnit {
  public:
   explicit ScriptedUnit(std::shared_ptr<AudioScript> script) : script_(std::move(script)) {}
 
-  AudioStatus enableInput() override { return script_->answer("enableInput"); }
+  AudioStatus enableInput() override { return script_->answer(__func__); }
   AudioStatus inputStreamFormat(Format& format) override {
     format.sampleRate = 48000;
     format.channelsPerFrame = 2;
-    return script_->answer("inputStreamFormat");
+    return script_->answer(__func__);
   }
-  AudioStatus setClientStreamFormat(const Format&) override {
-    return script_->answer("setClientStreamFormat");
-  }
-  AudioStatus setDeliveredStreamFormat(const Format&) override {
-    return script_->answer("setDeliveredStreamFormat");
-  }
+  AudioStatus setClientStreamFormat(const Format&) override { return script_->answer(__func__); }
+  AudioStatus setDeliveredStreamFormat(const Format&) override { return script_->answer(__func__); }
   AudioStatus maximumFramesPerSlice(std::uint32_t& frames) override {
     frames = script_->maximumFrames;
-    return script_->answer("maximumFramesPerSlice");
+    return script_->answer(__func__);
   }
   AudioStatus setInputCallback(InputCallback callback) override {
     script_->callback = std::move(callback);
-    return script_->answer("setInputCallback");
+    return script_->answer(__func__);
   }
-  AudioStatus initialize() override { return script_->answer("initialize"); }
-  AudioStatus uninitialize() override { return script_->answer("uninitialize"); }
-  AudioStatus start() override { return script_->answer("start"); }
-  AudioStatus stop() override { return script_->answer("stop"); }
+  AudioStatus initialize() override { return script_->answer(__func__); }
+  AudioStatus uninitialize() override { return script_->answer(__func__); }
+  AudioStatus start() override { return script_->answer(__func__); }
+  AudioStatus stop() override { return script_->answer(__func__); }
   AudioStatus render(RenderActionFlags&, const platform::AudioTimeStamp&, std::uint32_t,
                      std::uint32_t, platform::AudioBufferList& list) override {
     std::memcpy(list.buffers[0].data, script_->samples.data(), list.buffers[0].dataByteSize);
