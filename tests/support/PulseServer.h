@@ -1,7 +1,6 @@
 // A PulseAudio server of the test's own, with null sinks and no hardware.
 #pragma once
 
-#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
@@ -9,7 +8,6 @@
 #include <utility>
 #include <vector>
 
-#include <fcntl.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -27,10 +25,12 @@ class PulseServer {
   PulseServer() {
     std::string name = std::filesystem::temp_directory_path() / "lirvox-pulse-XXXXXX";
     folder_ = ::mkdtemp(name.data());
-    server_ =
-        spawn({"pulseaudio", "-n", "--daemonize=no", "--use-pid-file=no", "--exit-idle-time=-1",
-               "-L", "module-native-protocol-unix auth-anonymous=1 socket=" + folder_ + "/native",
-               "-L", "module-null-sink sink_name=one", "-L", "module-null-sink sink_name=two"});
+    server_ = spawn(
+        "pulseaudio -n --daemonize=no --use-pid-file=no --exit-idle-time=-1 -L "
+        "'module-native-protocol-unix auth-anonymous=1 socket=" +
+        folder_ +
+        "/native' "
+        "-L 'module-null-sink sink_name=one' -L 'module-null-sink sink_name=two'");
     for (int i = 0; i < 200 && !control("set-default-source one.monitor"); ++i) ::usleep(50000);
   }
 
@@ -45,9 +45,8 @@ class PulseServer {
   std::string address() const { return "unix:" + folder_ + "/native"; }
 
   bool control(const std::string& command) const {
-    return std::system(
-               ("PULSE_SERVER=" + address() + " pactl " + command + " >/dev/null 2>&1").c_str()) ==
-           0;
+    const std::string line = "PULSE_SERVER=" + address() + " pactl " + command + " >/dev/null 2>&1";
+    return std::system(line.c_str()) == 0;
   }
 
   // One of the two with which the server starts.
@@ -59,36 +58,24 @@ class PulseServer {
   void play(const std::string& sink, const std::vector<std::int32_t>& samples) {
     const std::string file = folder_ + "/" + sink + ".wav";
     writeWav(file, samples);
-    players_.push_back(spawn({"paplay", "--server=" + address(), "--device=" + sink, file}));
+    players_.push_back(spawn("paplay --server=" + address() + " --device=" + sink + " " + file));
   }
-  void playSine(const std::string& sink, double frequency) {
-    std::vector<std::int32_t> samples(11025 * 60);
-    for (std::size_t i = 0; i < samples.size(); ++i) {
-      const double phase = 2 * M_PI * frequency * static_cast<double>(i) / 11025;
-      samples[i] = static_cast<std::int32_t>(16000 * std::sin(phase));
-    }
-    play(sink, samples);
+  bool playSine(const std::string& sink, int frequency) const {
+    return control("load-module module-sine sink=" + sink +
+                   " frequency=" + std::to_string(frequency));
   }
 
   void freeze() { ::kill(server_, SIGSTOP); }
   void kill() { end(std::exchange(server_, 0), SIGKILL); }
 
  private:
-  pid_t spawn(const std::vector<std::string>& arguments) {
+  pid_t spawn(const std::string& program) {
+    const std::string command = "export HOME=" + folder_ + " XDG_RUNTIME_DIR=" + folder_ +
+                                " XDG_CONFIG_HOME=" + folder_ + "; exec " + program +
+                                " </dev/null >/dev/null 2>&1";
     const pid_t child = ::fork();
     if (child != 0) return child;
-    for (const char* variable :
-         {"HOME", "XDG_RUNTIME_DIR", "XDG_CONFIG_HOME", "PULSE_RUNTIME_PATH"}) {
-      ::setenv(variable, folder_.c_str(), 1);
-    }
-    const int null = ::open("/dev/null", O_RDWR);
-    for (const int descriptor : {0, 1, 2}) ::dup2(null, descriptor);
-    std::vector<char*> pointers;
-    for (const std::string& argument : arguments) {
-      pointers.push_back(const_cast<char*>(argument.c_str()));
-    }
-    pointers.push_back(nullptr);
-    ::execvp(pointers[0], pointers.data());
+    ::execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
     ::_exit(127);
   }
 

@@ -14,22 +14,25 @@
 
 namespace lirvox::test {
 
+using platform::AudioStatus;
+using Format = platform::AudioStreamBasicDescription;
+
 // What happened at the platform's side, and what it answers.
 struct AudioScript {
   std::vector<std::string> calls;
-  std::map<std::string, platform::AudioStatus> statuses;  // by call; 0 where none is given
-  std::vector<std::int32_t> samples;                      // of the next delivery
+  std::map<std::string, AudioStatus> statuses;  // by call; 0 where none is given
+  std::vector<std::int32_t> samples;            // of the next delivery
+  AudioStatus renderStatus = 0;
   std::uint32_t maximumFrames = 1024;
   platform::AudioUnit::InputCallback callback;
 
-  platform::AudioStatus answer(const std::string& call) {
+  AudioStatus answer(const std::string& call) {
     calls.push_back(call);
-    const auto status = statuses.find(call);
-    return status == statuses.end() ? platform::audioNoError : status->second;
+    return statuses[call];
   }
 
   // One delivery, on the calling thread.
-  platform::AudioStatus deliver(std::vector<std::int32_t> delivery) {
+  AudioStatus deliver(std::vector<std::int32_t> delivery) {
     samples = std::move(delivery);
     std::uint32_t flags = 0;
     return callback(flags, {}, platform::audioUnitInputBus,
@@ -41,39 +44,31 @@ class ScriptedUnit : public platform::AudioUnit {
  public:
   explicit ScriptedUnit(std::shared_ptr<AudioScript> script) : script_(std::move(script)) {}
 
-  platform::AudioStatus enableInput() override { return script_->answer("enableInput"); }
-  platform::AudioStatus inputStreamFormat(platform::AudioStreamBasicDescription& format) override {
+  AudioStatus enableInput() override { return script_->answer(__func__); }
+  AudioStatus inputStreamFormat(Format& format) override {
     format.sampleRate = 48000;
     format.channelsPerFrame = 2;
-    return script_->answer("inputStreamFormat");
+    return script_->answer(__func__);
   }
-  platform::AudioStatus setClientStreamFormat(
-      const platform::AudioStreamBasicDescription&) override {
-    return script_->answer("setClientStreamFormat");
-  }
-  platform::AudioStatus setDeliveredStreamFormat(
-      const platform::AudioStreamBasicDescription&) override {
-    return script_->answer("setDeliveredStreamFormat");
-  }
-  platform::AudioStatus maximumFramesPerSlice(std::uint32_t& frames) override {
+  AudioStatus setClientStreamFormat(const Format&) override { return script_->answer(__func__); }
+  AudioStatus setDeliveredStreamFormat(const Format&) override { return script_->answer(__func__); }
+  AudioStatus maximumFramesPerSlice(std::uint32_t& frames) override {
     frames = script_->maximumFrames;
-    return script_->answer("maximumFramesPerSlice");
+    return script_->answer(__func__);
   }
-  platform::AudioStatus setInputCallback(InputCallback callback) override {
+  AudioStatus setInputCallback(InputCallback callback) override {
     script_->callback = std::move(callback);
-    return script_->answer("setInputCallback");
+    return script_->answer(__func__);
   }
-  platform::AudioStatus initialize() override { return script_->answer("initialize"); }
-  platform::AudioStatus uninitialize() override { return script_->answer("uninitialize"); }
-  platform::AudioStatus start() override { return script_->answer("start"); }
-  platform::AudioStatus stop() override { return script_->answer("stop"); }
-  platform::AudioStatus render(RenderActionFlags&, const platform::AudioTimeStamp&, std::uint32_t,
-                               std::uint32_t, platform::AudioBufferList& list) override {
+  AudioStatus initialize() override { return script_->answer(__func__); }
+  AudioStatus uninitialize() override { return script_->answer(__func__); }
+  AudioStatus start() override { return script_->answer(__func__); }
+  AudioStatus stop() override { return script_->answer(__func__); }
+  AudioStatus render(RenderActionFlags&, const platform::AudioTimeStamp&, std::uint32_t,
+                     std::uint32_t, platform::AudioBufferList& list) override {
     std::memcpy(list.buffers[0].data, script_->samples.data(), list.buffers[0].dataByteSize);
-    return renderStatus;
+    return script_->renderStatus;
   }
-
-  platform::AudioStatus renderStatus = platform::audioNoError;
 
  private:
   const std::shared_ptr<AudioScript> script_;
@@ -85,21 +80,17 @@ class ScriptedSession : public platform::NullAudioSession {
   std::optional<platform::AudioSessionDataSource> inputDataSource() override { return dataSource; }
   bool setPreferredInput(const std::optional<platform::AudioSessionPort>&,
                          LirvoxError& error) override {
-    requests += "port;";
     error.localizedDescription = "port refused";
     return !refusesPort;
   }
   bool setInputDataSource(const platform::AudioSessionDataSource&, LirvoxError& error) override {
-    requests += "source;";
     error.localizedDescription = "source refused";
-    return !refusesDataSource;
+    return false;
   }
 
   platform::AudioSessionRoute route;
   std::optional<platform::AudioSessionDataSource> dataSource;
   bool refusesPort = false;
-  bool refusesDataSource = false;
-  std::string requests;
 };
 
 // Installs the scripted sound and log.
@@ -108,11 +99,9 @@ struct ScriptedPlatform {
     platform::Platform installed = platform::systemPlatform();
     installed.audioSession = session;
     installed.log = log;
-    installed.makeInputUnit = [this](platform::AudioStatus& status) {
+    installed.makeInputUnit = [this](AudioStatus& status) {
       status = script->answer("makeInputUnit");
-      auto made = std::make_unique<ScriptedUnit>(script);
-      unit = made.get();
-      return made;
+      return std::make_unique<ScriptedUnit>(script);
     };
     platform::install(std::move(installed));
   }
@@ -120,7 +109,6 @@ struct ScriptedPlatform {
   const std::shared_ptr<AudioScript> script = std::make_shared<AudioScript>();
   const std::shared_ptr<ScriptedSession> session = std::make_shared<ScriptedSession>();
   const std::shared_ptr<RecordedLog> log = std::make_shared<RecordedLog>();
-  ScriptedUnit* unit = nullptr;
 };
 
 }  // namespace lirvox::test

@@ -7,6 +7,12 @@
 #include "lib/platform/EqualFormatConverter.h"
 
 namespace lirvox::platform {
+namespace {
+
+// Frames of the largest request: more than a delivery ever has.
+constexpr std::uint32_t pulledAtOnce = 4096;
+
+}  // namespace
 
 std::unique_ptr<AudioConverter> makePcmConverter(const AudioStreamBasicDescription& inputFormat,
                                                  const AudioStreamBasicDescription& outputFormat,
@@ -23,6 +29,7 @@ PcmConverter::PcmConverter(const PcmFormat& input, const PcmFormat& output)
     : input_(input),
       output_(output),
       channels_(std::min(input.channels(), output.channels())),
+      pulledFrames_(std::size_t{pulledAtOnce} * channels_),
       writtenFrames_(std::size_t{Resampler::blockFrames} * channels_),
       resampler_(input.sampleRateHz(), output.sampleRateHz(), channels_) {
   request_.buffers.resize(input.numberBuffers());
@@ -37,30 +44,43 @@ AudioStatus PcmConverter::fillComplexBuffer(InputDataCallback inputData, void* u
   while (done < wanted) {
     done = writeOutput(output, done, wanted);
     if (done == wanted || resampler_.hasEnded()) break;
-    status = pull(inputData, userData, wanted - done);
+    if (pulledBegin_ == pulledEnd_) status = pull(inputData, userData, wanted - done);
     if (status != audioNoError) break;
+    feed();
   }
   packetCount = done;
   for (AudioBuffer& buffer : output.buffers) buffer.dataByteSize = done * output_.bytesPerFrame();
   return status;
 }
 
+// Asks for all that is lacking in one request: whoever answers each request with the same
+// samples means them to be taken whole.
 AudioStatus PcmConverter::pull(InputDataCallback inputData, void* userData,
                                std::uint32_t wantedOutput) {
   const std::uint64_t needed =
       (std::uint64_t{wantedOutput} * input_.sampleRateHz() + output_.sampleRateHz() - 1) /
       output_.sampleRateHz();
-  std::uint32_t room = 0;
-  double* const space = resampler_.space(room);
-  room = static_cast<std::uint32_t>(std::min<std::uint64_t>(needed, room));
+  const auto room = static_cast<std::uint32_t>(std::min<std::uint64_t>(needed, pulledAtOnce));
   std::uint32_t count = room;
   const AudioStatus status = inputData(*this, count, request_, nullptr, userData);
   if (status != audioNoError) return status;
   count = std::min({count, room, input_.framesIn(request_)});
   if (count == 0) resampler_.end();
-  readRequest(count, space);
+  readRequest(count, pulledFrames_.data());
+  pulledBegin_ = 0;
+  pulledEnd_ = count;
+  return status;
+}
+
+// Hands the resampler as much of what was pulled as it takes.
+void PcmConverter::feed() {
+  std::uint32_t room = 0;
+  double* const space = resampler_.space(room);
+  const std::uint32_t count = std::min(room, pulledEnd_ - pulledBegin_);
+  std::copy_n(&pulledFrames_[std::size_t{pulledBegin_} * channels_], std::size_t{count} * channels_,
+              space);
+  pulledBegin_ += count;
   resampler_.put(count);
-  return audioNoError;
 }
 
 void PcmConverter::readRequest(std::uint32_t frames, double* target) const {

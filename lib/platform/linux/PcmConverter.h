@@ -32,6 +32,7 @@ class PcmConverter : public AudioConverter {
 
  private:
   AudioStatus pull(InputDataCallback inputData, void* userData, std::uint32_t wantedOutput);
+  void feed();
   void readRequest(std::uint32_t frames, double* target) const;
   std::uint32_t writeOutput(const AudioBufferList& output, std::uint32_t begin, std::uint32_t end);
 
@@ -39,6 +40,9 @@ class PcmConverter : public AudioConverter {
   const PcmFormat output_;
   const std::uint32_t channels_;  // of the samples between reading and writing
   AudioBufferList request_;
+  std::vector<double> pulledFrames_;  // interleaved, of the last request
+  std::uint32_t pulledBegin_ = 0;     // of those that the resampler has not taken
+  std::uint32_t pulledEnd_ = 0;
   std::vector<double> writtenFrames_;  // interleaved, a block of the resampler's
   Resampler resampler_;
 };
