@@ -8,7 +8,9 @@ set(generated "${PROJECT_BINARY_DIR}/package")
 set(libraries lirvox)
 if(LIRVOX_BUILD_C)
   list(APPEND libraries lirvox_c)
-  set_target_properties(lirvox_c PROPERTIES INSTALL_RPATH "$ORIGIN")
+  if(BUILD_SHARED_LIBS)
+    set_target_properties(lirvox_c PROPERTIES INSTALL_RPATH "$ORIGIN")
+  endif()
 endif()
 install(TARGETS ${libraries} EXPORT LirvoxTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development
