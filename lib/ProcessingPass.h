@@ -7,7 +7,6 @@
 #include "Capture.h"
 #include "HistoryInfo.h"
 #include "LirvoxAudioFFT.h"
-#include "LirvoxExport.h"
 
 namespace lirvox {
 
@@ -44,6 +43,6 @@ class ProcessingPass {
 /// Turns 32-bit samples of the capture format into floats, exact to the bit: each is
 /// rounded to single precision and scaled by 1/32768. (The words hold more than 16
 /// bits, so full scale is not 1.0; what follows is blind to scale.)
-LIRVOX_EXPORT void convertSamples(const std::int32_t* words, std::size_t count, float* samples);
+void convertSamples(const std::int32_t* words, std::size_t count, float* samples);
 
 }  // namespace lirvox
