@@ -30,9 +30,11 @@ install(FILES "${generated}/LirvoxConfig.cmake" "${generated}/LirvoxConfigVersio
 set(pkgconfig_folder "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX
   BASE_DIRECTORY "${CMAKE_INSTALL_PREFIX}/${pkgconfig_folder}" OUTPUT_VARIABLE LIRVOX_PC_PREFIX)
-# A static library hands on what it links.
+# A static library hands on what it links. Not as "private": --static would ask for static
+# libraries of what those link in their turn.
 if(NOT BUILD_SHARED_LIBS)
   set(LIRVOX_PC_CFLAGS " -DLIRVOX_STATIC")
+  set(LIRVOX_PC_LIBS " -pthread")
   set(LIRVOX_PC_REQUIRES "libcurl minizip soxr sqlite3 zlib")
   if(LIRVOX_WITH_PULSE)
     string(APPEND LIRVOX_PC_REQUIRES " libpulse")

@@ -53,6 +53,6 @@ compare_symbols("${installed}/${LIBDIR}/liblirvox_c.so" "${SOURCE}/bindings/c/li
 if(CLANG)
   must(sh -c "export PKG_CONFIG_PATH='${installed}/${LIBDIR}/pkgconfig'
     '${CLANG}' -std=c++17 '${here}/main.cpp' -o '${WORK}/build/by-pkg-config' \
-      $(pkg-config --static --cflags --libs lirvox)")
+      $(pkg-config --cflags --libs lirvox)")
   run("${WORK}/build/by-pkg-config")
 endif()
