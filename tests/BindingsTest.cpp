@@ -1,5 +1,4 @@
 // The library from other languages: a host in C, and the example in Python.
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -7,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "catalog/Pack.h"
+#include "tests/support/Command.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/Tune.h"
 
@@ -26,9 +26,9 @@ class Bindings : public ::testing::Test {
     const std::vector<std::int32_t> excerpt(tune.begin() + 82688, tune.begin() + 82688 + 55125);
     writeRecording(path("excerpt.dat"), excerpt);
     writeWav(path("excerpt.wav"), excerpt);
-    const std::string index =
-        LIRVOX_PROGRAM " index -d " + path("tracks.sqlite") + ' ' + path("music") + " >/dev/null";
-    ASSERT_EQ(std::system(index.c_str()), 0);
+    const Finished index =
+        runCommand(LIRVOX_PROGRAM " index -d " + path("tracks.sqlite") + ' ' + path("music"));
+    ASSERT_EQ(index.status, 0) << index.output;
     catalog::pack(path("tracks.sqlite"), path("tracks.zip"));
   }
 
@@ -38,17 +38,18 @@ class Bindings : public ::testing::Test {
 };
 
 TEST_F(Bindings, ServeAHostInC) {
-  const std::string command = "LIRVOX_API_URL=http://127.0.0.1:1 " LIRVOX_C_HOST " " + path(".");
-  EXPECT_EQ(std::system(command.c_str()), 0);
+  const Finished host =
+      runCommand("LIRVOX_API_URL=http://127.0.0.1:1 " LIRVOX_C_HOST " " + path("."));
+  EXPECT_EQ(host.status, 0) << host.output;
 }
 
 #ifdef LIRVOX_PYTHON_EXAMPLE
 TEST_F(Bindings, RecognizeAFileFromPython) {
   for (const char* const file : {"excerpt.wav", "excerpt.dat"}) {
-    const std::string command =
-        "LIRVOX_C_LIBRARY=" LIRVOX_C_LIBRARY " python3 " LIRVOX_PYTHON_EXAMPLE " -d " +
-        path("tracks.sqlite") + ' ' + path(file) + " | grep '^track 2 at 7.5'";
-    EXPECT_EQ(std::system(command.c_str()), 0) << file;
+    const Finished example =
+        runCommand("LIRVOX_C_LIBRARY=" LIRVOX_C_LIBRARY " python3 " LIRVOX_PYTHON_EXAMPLE " -d " +
+                   path("tracks.sqlite") + ' ' + path(file));
+    EXPECT_EQ(example.output.rfind("track 2 at 7.5", 0), 0U) << example.output;
   }
 }
 #endif
