@@ -276,7 +276,8 @@ LIRVOX_C_EXPORT lirvox_status lirvox_finish_recognize(lirvox_recognizer* recogni
 LIRVOX_C_EXPORT bool lirvox_is_recording(lirvox_recognizer* recognizer);
 
 /* Recognises "soundLirvox.dat" among the resources as if it had been heard, and starts a
- * live capture 6 seconds from now. Threads: any. */
+ * live capture 6 seconds from now, for which there must be an input by then: a process that
+ * listens to nothing is ended. Threads: any. */
 LIRVOX_C_EXPORT lirvox_status lirvox_start_recognize_from_file(lirvox_recognizer* recognizer);
 /* Writes the capture so far to "soundLirvox.dat" in the caches; nothing when there is
  * none. A file that cannot be written is not reported. Threads: any; blocks while it is
