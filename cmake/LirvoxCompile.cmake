@@ -1,7 +1,7 @@
 # How every target of this project is compiled: lirvox_compile_options(target).
 
 function(lirvox_compile_options target)
-  target_compile_features(${target} PUBLIC cxx_std_20)
+  target_compile_features(${target} PRIVATE cxx_std_20)
   set_target_properties(${target} PROPERTIES
     CXX_EXTENSIONS OFF
     CXX_VISIBILITY_PRESET hidden

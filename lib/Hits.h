@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "Landmark.h"
-#include "LirvoxExport.h"
 #include "LirvoxHit.h"
 #include "LirvoxRowMap.h"
 
@@ -19,7 +18,7 @@ struct TrackHitCount {
 };
 
 /// The hits of one pass.
-struct LIRVOX_EXPORT PassHits {
+struct PassHits {
   /// In the order of formation, `hit_time` normalized: 0 or more, at least one 0.
   std::vector<LirvoxHit> hits;
   /// One entry per track that has hits, in the order of their first hits.
@@ -31,6 +30,6 @@ struct LIRVOX_EXPORT PassHits {
 /// Forms one hit for each row of each query hash, in list order. A pair that occurs
 /// k times in `hashes` counts k times: votes of several shifts add up, as is meant.
 /// `rows` may be null, which stands for no rows. Offsets wrap around at 32 bits.
-LIRVOX_EXPORT PassHits formHits(const LirvoxRowMap* rows, const std::vector<QueryHash>& hashes);
+PassHits formHits(const LirvoxRowMap* rows, const std::vector<QueryHash>& hashes);
 
 }  // namespace lirvox

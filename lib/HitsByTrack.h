@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "Hits.h"
-#include "LirvoxExport.h"
 
 namespace lirvox {
 
@@ -15,7 +14,7 @@ namespace lirvox {
 /// Offsets are numbered as bins: equal offsets have equal bins, larger offsets
 /// larger ones, and offsets that differ by 1 or 2 have bins that differ as much, so
 /// that a window of neighbouring offsets is the same window of bins.
-class LIRVOX_EXPORT HitsByTrack {
+class HitsByTrack {
  public:
   /// A bin of the offset histogram, in [0, binCount()).
   using Bin = std::uint32_t;

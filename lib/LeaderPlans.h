@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "HitsByTrack.h"
-#include "LirvoxExport.h"
 #include "TrackStatistics.h"
 #include "VoteTrial.h"
 
@@ -34,7 +33,7 @@ namespace lirvox {
 ///   nothing is left. Its own count must come before the leader's as text.
 /// - fill: tracks without votes for the leader that go before it. What they have in common
 ///   elsewhere is counted early, in small portions, and is not in the way later.
-class LIRVOX_EXPORT LeaderPlans {
+class LeaderPlans {
  public:
   LeaderPlans(const HitsByTrack& hits, const TrackStatistics& statistics, std::int32_t minimum);
 

@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "HitsByTrack.h"
-#include "LirvoxExport.h"
 #include "TrackStatistics.h"
 #include "VoteTrial.h"
 
@@ -20,7 +19,8 @@ namespace lirvox {
 /// second one. So a count that comes late as text but is small, such as a "9", silences
 /// all the others. A track with such a count goes first; the rest follows as it does no
 /// harm.
-LIRVOX_EXPORT std::optional<std::vector<std::size_t>> findSilentOrder(
-    const HitsByTrack& hits, const TrackStatistics& statistics, std::int32_t minimum);
+std::optional<std::vector<std::size_t>> findSilentOrder(const HitsByTrack& hits,
+                                                        const TrackStatistics& statistics,
+                                                        std::int32_t minimum);
 
 }  // namespace lirvox

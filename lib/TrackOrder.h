@@ -6,14 +6,12 @@
 #include <vector>
 
 #include "HitsByTrack.h"
-#include "LirvoxExport.h"
 
 namespace lirvox {
 
 /// All tracks of `hits`, as indices into `hits.tracks()`, in the order in which the
 /// vote serves the listener best. Deterministic; `minimum` is the count that a result
 /// must exceed.
-LIRVOX_EXPORT std::vector<std::size_t> chooseTrackOrder(const HitsByTrack& hits,
-                                                        std::int32_t minimum);
+std::vector<std::size_t> chooseTrackOrder(const HitsByTrack& hits, std::int32_t minimum);
 
 }  // namespace lirvox

@@ -6,14 +6,13 @@
 #include <vector>
 
 #include "HitsByTrack.h"
-#include "LirvoxExport.h"
 #include "OffsetHistogram.h"
 
 namespace lirvox {
 
 /// What each track earns by its own hits, with no other track in the histogram. A
 /// recording that is really heard puts most of its hits at one offset; chance does not.
-class LIRVOX_EXPORT TrackStatistics {
+class TrackStatistics {
  public:
   struct Alignment {
     OffsetHistogram::Peak peak;  // at the first bin to get the most votes

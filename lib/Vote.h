@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "HitsByTrack.h"
-#include "LirvoxExport.h"
 #include "LirvoxResult.h"
 
 namespace lirvox {
@@ -28,11 +27,11 @@ struct VoteOutcome {
 /// The histogram, the peak and its place are carried from track to track: a later
 /// track is judged by the overall peak unless one of its bins beats it. That is how
 /// this vote is meant, and why the outcome depends on the order.
-LIRVOX_EXPORT VoteOutcome vote(const HitsByTrack& hits, const std::vector<std::size_t>& order);
+VoteOutcome vote(const HitsByTrack& hits, const std::vector<std::size_t>& order);
 
 /// The candidate whose count comes last as text (a 9 beats a 12, as is meant), the
 /// earliest of equals, if that count exceeds `minimum` as a number.
-LIRVOX_EXPORT std::optional<LirvoxResult> chooseResult(const std::vector<LirvoxResult>& candidates,
-                                                       std::int32_t minimum);
+std::optional<LirvoxResult> chooseResult(const std::vector<LirvoxResult>& candidates,
+                                         std::int32_t minimum);
 
 }  // namespace lirvox
