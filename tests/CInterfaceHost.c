@@ -1,5 +1,5 @@
 /* A host in C: installs, recognises and updates, as BindingsTest asks it to in a folder. */
-#include <lirvox/lirvox.h>
+#include <lirvox/lirvox_c.h>
 #include <math.h>
 #include <pthread.h>
 #include <stdatomic.h>

@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "bindings/c/lirvox.h"
+#include "bindings/c/lirvox_c.h"
 
 namespace lirvox::c {
 

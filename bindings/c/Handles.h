@@ -5,7 +5,7 @@
 
 #include "bindings/c/Failure.h"
 #include "bindings/c/HostSamples.h"
-#include "bindings/c/lirvox.h"
+#include "bindings/c/lirvox_c.h"
 #include "lib/Lirvox.h"
 #include "lib/LirvoxDatabase.h"
 #include "lib/platform/HostTaskQueues.h"

@@ -5,7 +5,7 @@
 using namespace lirvox;
 using namespace lirvox::c;
 
-static_assert(LIRVOX_VERSION_NUMBER == LIRVOX_PROJECT_VERSION_NUMBER, "lirvox.h states another");
+static_assert(LIRVOX_VERSION_NUMBER == LIRVOX_PROJECT_VERSION_NUMBER, "lirvox_c.h states another");
 
 namespace {
 

@@ -1,5 +1,5 @@
 /* What does the microphone hear? The C interface, with the main loop on this thread. */
-#include <lirvox/lirvox.h>
+#include <lirvox/lirvox_c.h>
 #include <stdio.h>
 #include <time.h>
 

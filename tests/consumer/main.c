@@ -1,5 +1,5 @@
 /* Uses the installed C interface from outside. */
-#include <lirvox/lirvox.h>
+#include <lirvox/lirvox_c.h>
 
 int main(void) {
   lirvox_platform* const platform = lirvox_platform_new("consumer");
