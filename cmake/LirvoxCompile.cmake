@@ -24,8 +24,4 @@ function(lirvox_compile_options target)
     endif()
     target_link_options(${target} PUBLIC -fsanitize=${LIRVOX_SANITIZE})
   endif()
-  if(LIRVOX_SANITIZE MATCHES thread AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-    # Asio has fences, which ThreadSanitizer does not see; it sees the locks beside them.
-    target_compile_options(${target} PRIVATE -Wno-tsan)
-  endif()
 endfunction()
