@@ -3,7 +3,9 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <unordered_map>
+#include <vector>
+
+#include "lib/TrackPlaces.h"
 
 namespace lirvox {
 namespace {
@@ -13,40 +15,40 @@ std::int32_t difference(std::int32_t a, std::int32_t b) {
   return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) - static_cast<std::uint32_t>(b));
 }
 
-// Counts hits per track.
-class TrackCounter {
- public:
-  explicit TrackCounter(std::vector<TrackHitCount>& counts) : counts_(counts) {}
-
-  void count(DecimalString track) {
-    // Rows of one hash come track by track, so the last one is often asked for again.
-    if (counts_.empty() || counts_[last_].track_id != track) {
-      const auto [entry, isNew] = places_.try_emplace(track.intValue(), counts_.size());
-      if (isNew) counts_.push_back({track, 0});
-      last_ = entry->second;
-    }
-    ++counts_[last_].count;
-  }
-
- private:
-  std::vector<TrackHitCount>& counts_;
-  std::unordered_map<std::int32_t, std::size_t> places_;
-  std::size_t last_ = 0;
+// The rows of each query hash that has any.
+struct Match {
+  QueryHash query;
+  LirvoxRowMap::Rows rows;
 };
+
+std::vector<Match> match(const LirvoxRowMap& rows, const std::vector<QueryHash>& hashes) {
+  std::vector<Match> matches;
+  for (const QueryHash& query : hashes) {
+    const LirvoxRowMap::Rows found = rows.find(DecimalString(query.hash));
+    if (found.size() > 0) matches.push_back({query, found});
+  }
+  return matches;
+}
 
 }  // namespace
 
 PassHits formHits(const LirvoxRowMap* rows, const std::vector<QueryHash>& hashes) {
   PassHits pass;
   if (!rows) return pass;
-  TrackCounter counter(pass.trackHitCounts);
-  for (const QueryHash& query : hashes) {
-    const DecimalString hash(query.hash);
-    for (const LirvoxDBRow& row : rows->find(hash)) {
+  const std::vector<Match> matches = match(*rows, hashes);
+  std::size_t count = 0;
+  for (const Match& one : matches) count += one.rows.size();
+  pass.hits.reserve(count);
+  TrackPlaces places;
+  for (const auto& [query, found] : matches) {
+    for (const LirvoxDBRow& row : found) {
       const std::int32_t offset = difference(row.time_in_track.intValue(), query.time);
-      pass.hits.push_back({row.track_id, DecimalString(offset), hash, DecimalString(query.time)});
-      counter.count(row.track_id);
+      pass.hits.push_back(
+          {row.track_id, DecimalString(offset), row.hash1, DecimalString(query.time)});
       pass.minimumOffset = std::min(pass.minimumOffset, offset);
+      const std::size_t place = places.of(row.track_id.intValue());
+      if (place == pass.trackHitCounts.size()) pass.trackHitCounts.push_back({row.track_id, 0});
+      ++pass.trackHitCounts[place].count;
     }
   }
   for (LirvoxHit& hit : pass.hits) {

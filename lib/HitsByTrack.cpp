@@ -2,7 +2,8 @@
 #include "lib/HitsByTrack.h"
 
 #include <algorithm>
-#include <unordered_map>
+
+#include "lib/TrackPlaces.h"
 
 namespace lirvox {
 namespace {
@@ -21,25 +22,18 @@ std::uint32_t normalized(const LirvoxHit& hit) {
 
 HitsByTrack::HitsByTrack(const PassHits& pass) : minimumOffset_(pass.minimumOffset) {
   const std::vector<Bin> binOfHit = binsOf(pass);
-  std::unordered_map<std::int32_t, std::size_t> places;
+  TrackPlaces places;
   std::vector<Bin*> ends;
   bins_.resize(pass.hits.size());
   Bin* next = bins_.data();
   for (const TrackHitCount& track : pass.trackHitCounts) {
-    places.emplace(track.track_id.intValue(), ends.size());
+    places.of(track.track_id.intValue());
     ends.push_back(next);
     next += track.count;
     tracks_.push_back({track.track_id, ends.back(), next});
   }
-  std::int32_t id = 0;
-  Bin** end = nullptr;
   for (std::size_t i = 0; i < pass.hits.size(); ++i) {
-    const std::int32_t hitId = pass.hits[i].hit_id.intValue();
-    if (!end || hitId != id) {
-      id = hitId;
-      end = &ends[places.find(id)->second];
-    }
-    *(*end)++ = binOfHit[i];
+    *ends[places.of(pass.hits[i].hit_id.intValue())]++ = binOfHit[i];
   }
 }
 

@@ -71,6 +71,21 @@ TEST(FormHits, FormsOneHitPerQueryHashAndRowInOrder) {
   }
 }
 
+TEST(FormHits, CountsTheHitsOfThousandsOfTracks) {
+  constexpr std::int32_t kTracks = 5000;
+  const auto id = [](std::int32_t i) { return (i - kTracks / 2) * 65536; };
+  std::vector<LirvoxDBRow> rows;
+  for (std::int32_t i = 0; i < 2 * kTracks; ++i) rows.push_back(row(id(i % kTracks), i, 8));
+  const LirvoxRowMap map(rows);
+  const PassHits pass = formHits(&map, {{0, 8}});
+  ASSERT_EQ(pass.trackHitCounts.size(), kTracks);
+  for (std::int32_t i = 0; i < kTracks; ++i) {
+    const TrackHitCount& counted = pass.trackHitCounts[static_cast<std::size_t>(i)];
+    EXPECT_EQ(counted.track_id.intValue(), id(i));
+    EXPECT_EQ(counted.count, 2);
+  }
+}
+
 TEST(DecimalString, BehavesAsItsText) {
   const std::vector<std::int32_t> inTextOrder = {-1, -12, kMin, -9, 0, 1, 10, 100, 12, kMax, 9, 99};
   for (std::size_t i = 0; i < inTextOrder.size(); ++i) {
