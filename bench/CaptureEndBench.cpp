@@ -2,8 +2,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
-#include <cstdlib>
-#include <filesystem>
 #include <future>
 #include <memory>
 #include <thread>
@@ -12,12 +10,7 @@
 #include <benchmark/benchmark.h>
 
 #include "bench/ChipTune.h"
-#include "bench/GeneratedDatabase.h"
-#include "lib/Lirvox.h"
-#include "lib/LirvoxDatabase.h"
-#include "lib/LirvoxSettings.h"
-#include "lib/platform/MemoryAudioUnit.h"
-#include "lib/platform/Platform.h"
+#include "bench/InstalledRecognizer.h"
 
 namespace lirvox::bench {
 namespace {
@@ -38,28 +31,6 @@ class Listener : public LirvoxDelegate {
   std::promise<Clock::time_point> end_;
 };
 
-// A recognizer whose microphone is silent, so that the benchmark delivers itself, with the
-// generated database installed.
-std::shared_ptr<Lirvox> makeRecognizer() {
-  namespace fs = std::filesystem;
-  const fs::path caches = fs::temp_directory_path() / "lirvox-bench-caches";
-  ::setenv("LIRVOX_CACHES_DIR", caches.c_str(), 1);
-  fs::create_directories(caches / "lirvox");
-  fs::remove(caches / "lirvox/db1.sqlite");
-  fs::create_symlink(GeneratedDatabase::shared().path(), caches / "lirvox/db1.sqlite");
-
-  platform::Platform platform = platform::systemPlatform();
-  platform.audioSession = std::make_shared<platform::NullAudioSession>();
-  platform.makeInputUnit = [](platform::AudioStatus&) {
-    return std::make_unique<platform::MemoryAudioUnit>(
-        std::make_shared<const std::vector<std::int32_t>>());
-  };
-  platform::install(std::move(platform));
-  const auto lirvox = Lirvox::sharedInstance();
-  lirvox->setDatabase(std::make_shared<LirvoxDatabase>(LirvoxSettings::databasePath()));
-  return lirvox;
-}
-
 void deliver(Lirvox& lirvox, std::vector<std::int32_t>& words, std::size_t begin, std::size_t end) {
   for (std::size_t at = begin; at < end; at += kDelivery) {
     auto* samples = reinterpret_cast<float*>(words.data() + at);
@@ -69,7 +40,9 @@ void deliver(Lirvox& lirvox, std::vector<std::int32_t>& words, std::size_t begin
 }
 
 void captureEnd(benchmark::State& state) {
-  static const std::shared_ptr<Lirvox> lirvox = makeRecognizer();
+  // Its microphone is silent: the benchmark delivers itself.
+  static const std::shared_ptr<Lirvox> lirvox =
+      installRecognizer(std::make_shared<const std::vector<std::int32_t>>());
   std::vector<std::int32_t> words = chipTune(1, kCaptureStart + kCapture);
   words.erase(words.begin(), words.begin() + kCaptureStart);
   for ([[maybe_unused]] auto _ : state) {

@@ -26,7 +26,7 @@ namespace lirvox::platform {
 struct Platform {
   /// Serial; runs every delegate call and the timed tasks of the recognizer.
   std::shared_ptr<TaskQueue> mainQueue;
-  /// Concurrent; runs the processing passes.
+  /// Runs the processing passes, which come one after the other; may be concurrent.
   std::shared_ptr<TaskQueue> globalQueue;
   /// A new serial queue; the label names it for people who debug.
   std::function<std::shared_ptr<TaskQueue>(const std::string& label)> makeSerialQueue;

@@ -1,10 +1,8 @@
 // The Linux services, chosen here and nowhere else.
-#include <algorithm>
 #include <cerrno>
 #include <iostream>
 #include <mutex>
 #include <syncstream>
-#include <thread>
 #include <utility>
 
 #include <unistd.h>
@@ -37,10 +35,10 @@ Platform systemPlatform(const std::string& applicationName) {
       applicationName.empty() ? program_invocation_short_name : applicationName;
   Platform platform;
   platform.mainQueue = makeThreadedQueue("lirvox-main", 1);
-  // A pass needs one thread and never waits on it, so a few serve many captures.
-  const unsigned threads = std::clamp(std::thread::hardware_concurrency(), 2U, 4U);
-  platform.globalQueue = makeThreadedQueue("lirvox-work", threads);
-  platform.makeSerialQueue = [pool = platform.globalQueue](const std::string&) {
+  // Passes run one after the other. On one thread, what they allocate and free stays in one
+  // of the allocator's arenas; on several, each would keep as much for itself.
+  platform.globalQueue = makeThreadedQueue("lirvox-work", 1);
+  platform.makeSerialQueue = [pool = makeThreadedQueue("lirvox-serial", 2)](const std::string&) {
     return makeSerialQueueOn(pool);
   };
   platform.clock = std::make_shared<SystemClock>();
