@@ -77,11 +77,16 @@ void Catalog::commit() {
   // Ids do not depend on which file happened to be read first.
   std::sort(pending_.begin(), pending_.end(),
             [](const NewTrack& a, const NewTrack& b) { return a.info.path < b.info.path; });
-  naming(path_, [&] {
-    file_->setNote("common hashes", commonHashRule_.timesMean);
-    CatalogCommit(*file_, commonHashRule_).run(pending_);
-    file_->publish();
-  });
+  try {
+    naming(path_, [&] {
+      file_->setNote("common hashes", commonHashRule_.timesMean);
+      CatalogCommit(*file_, commonHashRule_).run(pending_);
+      file_->publish();
+    });
+  } catch (...) {
+    file_->abandonNew();
+    throw;
+  }
   pending_.clear();
   pendingRows_ = 0;
 }

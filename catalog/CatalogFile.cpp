@@ -49,13 +49,29 @@ std::string parentOf(const std::string& path) {
 CatalogFile::CatalogFile(std::string path) : path_(std::move(path)) {
   std::error_code ignored;
   const bool exists = fs::exists(path_, ignored) && fs::file_size(path_, ignored) > 0;
-  naming(path_, [&] { exists ? openExisting() : createNew(); });
+  try {
+    naming(path_, [&] { exists ? openExisting() : createNew(); });
+  } catch (...) {
+    abandonNew();
+    throw;
+  }
 }
 
 CatalogFile::~CatalogFile() {
+  abandonNew();
+}
+
+void CatalogFile::abandonNew() {
+  if (unpublished_.empty()) return;
   database_.reset();
   std::error_code ignored;
-  if (!unpublished_.empty()) fs::remove(unpublished_, ignored);
+  fs::remove(unpublished_, ignored);
+  unpublished_.clear();
+}
+
+SQLite::Database& CatalogFile::database() {
+  if (!database_) throw CatalogError(path_ + ": given up after an error");
+  return *database_;
 }
 
 void CatalogFile::openExisting() {
@@ -86,21 +102,21 @@ void CatalogFile::createNew() {
 }
 
 std::optional<double> CatalogFile::note(const std::string& key) {
-  SQLite::Statement query(*database_, "SELECT value FROM config WHERE key = ?");
+  SQLite::Statement query(database(), "SELECT value FROM config WHERE key = ?");
   query.bind(1, key);
   if (!query.executeStep()) return std::nullopt;
   return query.getColumn(0).getDouble();
 }
 
 void CatalogFile::setNote(const std::string& key, double value) {
-  SQLite::Statement update(*database_, "INSERT OR REPLACE INTO config VALUES(?, ?)");
+  SQLite::Statement update(database(), "INSERT OR REPLACE INTO config VALUES(?, ?)");
   update.bind(1, key);
   update.bind(2, value);
   update.exec();
 }
 
 HashCounts CatalogFile::hashCounts() {
-  SQLite::Statement query(*database_, "SELECT value FROM config WHERE key = 'hash_counts'");
+  SQLite::Statement query(database(), "SELECT value FROM config WHERE key = 'hash_counts'");
   if (!query.executeStep()) return HashCounts(kHashes);
   const SQLite::Column value = query.getColumn(0);
   try {
@@ -112,7 +128,7 @@ HashCounts CatalogFile::hashCounts() {
 }
 
 void CatalogFile::setHashCounts(const HashCounts& counts) {
-  SQLite::Statement update(*database_, "INSERT OR REPLACE INTO config VALUES('hash_counts', ?)");
+  SQLite::Statement update(database(), "INSERT OR REPLACE INTO config VALUES('hash_counts', ?)");
   const std::string packed = pack(counts);
   update.bindNoCopy(1, packed.data(), static_cast<int>(packed.size()));
   update.exec();

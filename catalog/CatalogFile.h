@@ -30,7 +30,8 @@ class CatalogFile {
   CatalogFile(const CatalogFile&) = delete;
   CatalogFile& operator=(const CatalogFile&) = delete;
 
-  SQLite::Database& database() { return *database_; }
+  /// Throws `CatalogError` once a new file was given up.
+  SQLite::Database& database();
 
   /// A number among the catalogue's notes.
   std::optional<double> note(const std::string& key);
@@ -42,6 +43,10 @@ class CatalogFile {
 
   /// Moves a new file into place, whole. Does nothing for one that was there before.
   void publish();
+
+  /// Gives up a new file, which has no journal: after a failed change there is no way back.
+  /// Does nothing for one that was there before.
+  void abandonNew();
 
  private:
   void openExisting();

@@ -79,8 +79,8 @@ class ContentHash {
 
 DeviceDatabase::DeviceDatabase(const std::string& original, const std::string& folder) {
   // Attaching would make a missing file.
-  if (!fs::is_regular_file(original)) throw CatalogError(original + ": no such database");
   std::error_code error;
+  if (!fs::is_regular_file(original, error)) throw CatalogError(original + ": no such database");
   file_ = platform::TemporaryFile::createIn(folder, error);
   if (error) throw CatalogError(folder + ": " + error.message());
   path_ = folder + '/' + file_.name();
@@ -95,6 +95,8 @@ std::string DeviceDatabase::stamp(const std::string& salt) const {
   while (file.read(chunk.data(), static_cast<std::streamsize>(chunk.size())), file.gcount() > 0) {
     hash.add({chunk.data(), static_cast<std::size_t>(file.gcount())});
   }
+  // A stamp of a part would be the stamp of another database.
+  if (file.bad() || !file.eof()) throw CatalogError(path_ + ": cannot be read");
   return hash.digits();
 }
 

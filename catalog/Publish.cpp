@@ -82,7 +82,8 @@ Published publish(const std::string& database, const std::string& folder,
   published.dt = device.stamp(hostFolder);
   published.archive = std::string(kArchives) + '/' + published.dt + ".zip";
   const fs::path archive = fs::path(folder) / published.archive;
-  published.isNew = !fs::exists(archive);
+  std::error_code unknown;
+  published.isNew = !fs::exists(archive, unknown);
   if (published.isNew) writeArchive(archive, device.path(), hostFolder);
   writeReply(reply, published.dt, withoutSlash(options.baseUrl) + '/' + published.archive);
   return published;

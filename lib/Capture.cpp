@@ -1,6 +1,7 @@
 // One capture: its samples, how far they are analysed, and how it ends.
 #include "lib/Capture.h"
 
+#include <exception>
 #include <thread>
 #include <utility>
 
@@ -18,7 +19,13 @@ bool Capture::hasBlock() const {
 
 void Capture::deliver(const void* bytes, std::size_t count, std::size_t limitInBytes) {
   const std::size_t before = buffer.size();
-  buffer.append(bytes, count);
+  try {
+    buffer.append(bytes, count);
+  } catch (const std::exception&) {
+    // No memory, and nobody to throw at. What was heard until here is looked up.
+    limitReached->wake();
+    return;
+  }
   const std::size_t after = before + count;
   if (before / blockSizeInBytes() != after / blockSizeInBytes()) progress->wake();
   if (after >= limitInBytes) limitReached->wake();

@@ -39,7 +39,7 @@ class Capture {
   bool hasBlock() const;
 
   /// Appends one delivery. Wakes the pass when that completes a block, and ends the
-  /// capture when it holds `limitInBytes`. Meant for the audio thread: see
+  /// capture when it holds `limitInBytes`, or memory has run out. Meant for the audio thread: see
   /// `CaptureBuffer::append`.
   void deliver(const void* bytes, std::size_t count, std::size_t limitInBytes);
 

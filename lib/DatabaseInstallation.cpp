@@ -9,6 +9,7 @@
 #include "lib/LirvoxSettings.h"
 #include "lib/ZipArchive/ZipArchive.h"
 #include "lib/platform/Platform.h"
+#include "lib/platform/RunTask.h"
 #include "lib/platform/TemporaryFile.h"
 
 namespace lirvox {
@@ -75,7 +76,8 @@ void installDownloadedArchive(const std::string& downloadedFile,
 
   if (replaceLiveDatabase(at)) {
     const bool opened = databaseOpens(at.liveDatabase);
-    if (completion) completion(opened);
+    // The host's; what it throws must not keep the rest from being removed.
+    if (completion) platform::runLogged([&] { completion(opened); });
   }
   std::filesystem::remove_all(at.scratchFolder, ignored);
   std::filesystem::remove(at.downloadArchive, ignored);

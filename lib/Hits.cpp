@@ -21,26 +21,39 @@ struct Match {
   LirvoxRowMap::Rows rows;
 };
 
-std::vector<Match> match(const LirvoxRowMap& rows, const std::vector<QueryHash>& hashes) {
-  std::vector<Match> matches;
+// Those of them that make no more than `mostHits` hits, and how many they make.
+struct Matches {
+  std::vector<Match> list;
+  std::size_t hits = 0;
+  bool complete = true;
+};
+
+Matches match(const LirvoxRowMap& rows, const std::vector<QueryHash>& hashes,
+              std::size_t mostHits) {
+  Matches matches;
   for (const QueryHash& query : hashes) {
     const LirvoxRowMap::Rows found = rows.find(DecimalString(query.hash));
-    if (found.size() > 0) matches.push_back({query, found});
+    if (found.size() > mostHits - matches.hits) {
+      matches.complete = false;
+    } else if (found.size() > 0) {
+      matches.list.push_back({query, found});
+      matches.hits += found.size();
+    }
   }
   return matches;
 }
 
 }  // namespace
 
-PassHits formHits(const LirvoxRowMap* rows, const std::vector<QueryHash>& hashes) {
+PassHits formHits(const LirvoxRowMap* rows, const std::vector<QueryHash>& hashes,
+                  std::size_t mostHits) {
   PassHits pass;
   if (!rows) return pass;
-  const std::vector<Match> matches = match(*rows, hashes);
-  std::size_t count = 0;
-  for (const Match& one : matches) count += one.rows.size();
-  pass.hits.reserve(count);
+  const Matches matches = match(*rows, hashes, mostHits);
+  pass.complete = matches.complete;
+  pass.hits.reserve(matches.hits);
   TrackPlaces places;
-  for (const auto& [query, found] : matches) {
+  for (const auto& [query, found] : matches.list) {
     for (const LirvoxDBRow& row : found) {
       const std::int32_t offset = difference(row.time_in_track.intValue(), query.time);
       pass.hits.push_back(

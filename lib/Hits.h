@@ -1,6 +1,7 @@
 // Rows and query hashes to time-aligned hits.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <vector>
@@ -25,11 +26,19 @@ struct PassHits {
   std::vector<TrackHitCount> trackHitCounts;
   /// The smallest offset before normalization; the largest integer without hits.
   std::int32_t minimumOffset = std::numeric_limits<std::int32_t>::max();
+  /// False when the limit was reached and the rest left out.
+  bool complete = true;
 };
+
+/// The most hits of a pass, 16 bytes each. Databases of any sense stay far below; a damaged
+/// or hostile one must not take all memory.
+constexpr std::size_t kMostHits = std::size_t{1} << 24;
 
 /// Forms one hit for each row of each query hash, in list order. A pair that occurs
 /// k times in `hashes` counts k times: votes of several shifts add up, as is meant.
-/// `rows` may be null, which stands for no rows. Offsets wrap around at 32 bits.
-PassHits formHits(const LirvoxRowMap* rows, const std::vector<QueryHash>& hashes);
+/// `rows` may be null, which stands for no rows. Offsets wrap around at 32 bits. A
+/// query hash that would make it more than `mostHits` is left out.
+PassHits formHits(const LirvoxRowMap* rows, const std::vector<QueryHash>& hashes,
+                  std::size_t mostHits = kMostHits);
 
 }  // namespace lirvox

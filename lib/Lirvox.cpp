@@ -78,11 +78,34 @@ void Lirvox::startRecognize() {
   if (!databaseFileExists()) return;
   state_->stopNow = false;
   setTimeStartListening(platform::current()->clock->now());
-  const auto microphone = LirvoxMicrophone::microphoneWithDelegate(weak_from_this());
-  setMicrophone(microphone);
-  beginCapture({}, microphone.get());
-  microphone->startFetchingAudio();
-  processBuffer();
+  startOrAnswer([this] {
+    const auto microphone = LirvoxMicrophone::microphoneWithDelegate(weak_from_this());
+    setMicrophone(microphone);
+    beginCapture({}, microphone.get());
+    microphone->startFetchingAudio();
+    processBuffer();
+  });
+}
+
+// Under control: begins a capture. What the system refuses (memory, a thread, a descriptor)
+// does not reach the host: the log says it, nothing runs, and the delegate is answered.
+void Lirvox::startOrAnswer(const std::function<void()>& begin) {
+  const auto before = state_->capture.get();
+  if (platform::runLogged(begin)) return;
+  if (const auto begun = state_->capture.get(); begun != before) {
+    if (const auto microphone = this->microphone()) microphone->stopFetchingAudio();
+    state_->isRecording = false;
+    begun->cancel();
+    state_->capture.replace(nullptr);
+  }
+  if (!stopNow()) answerNothing();
+}
+
+void Lirvox::answerNothing() {
+  platform::runLogged([] {
+    platform::current()->mainQueue->async(
+        [] { LirvoxPostDatabaseProcessing::deliver(std::nullopt); });
+  });
 }
 
 // Makes a fresh capture, with the samples that a recording holds already, the current one.
@@ -108,9 +131,14 @@ void Lirvox::beginCapture(const std::vector<std::byte>& recording,
   setBufferSizeEnoughForMiniSpectogram(0);
 }
 
+// A host may have taken the engine or the record away: the pass then has its own.
 void Lirvox::processBuffer() {
-  state_->passes->start(
-      std::make_shared<ProcessingPass>(state_->capture.get(), fft(), historyInfo()));
+  auto engine = fft();
+  auto history = historyInfo();
+  if (!engine) engine = std::make_shared<LirvoxAudioFFT>();
+  if (!history) history = LirvoxUtilities::initHistoryInfo();
+  state_->passes->start(std::make_shared<ProcessingPass>(state_->capture.get(), std::move(engine),
+                                                         std::move(history)));
 }
 
 // On the main queue, once a capture has its length. A late call, after the capture has
@@ -139,7 +167,7 @@ void Lirvox::finishPass(ProcessingPass& pass, PassState state) {
       state = PassState::captured;
     });
   }
-  LirvoxUtilities::freeHistoryInfo(pass.historyInfo());
+  platform::runLogged([&] { LirvoxUtilities::freeHistoryInfo(pass.historyInfo()); });
   {
     const std::lock_guard lock(state_->control);
     // A capture that has started meanwhile keeps its samples.
@@ -148,10 +176,7 @@ void Lirvox::finishPass(ProcessingPass& pass, PassState state) {
       state_->capture.replace(nullptr);
     }
   }
-  if (state == PassState::failed) {
-    platform::current()->mainQueue->async(
-        [] { LirvoxPostDatabaseProcessing::deliver(std::nullopt); });
-  }
+  if (state == PassState::failed) answerNothing();
 }
 
 void Lirvox::stopRecognize() {

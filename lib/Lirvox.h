@@ -202,6 +202,8 @@ class LIRVOX_EXPORT Lirvox : public LirvoxMicrophoneAudioDelegate,
 
   Lirvox();
   void beginCapture(const std::vector<std::byte>& recording, const LirvoxMicrophone* microphone);
+  void startOrAnswer(const std::function<void()>& begin);
+  static void answerNothing();
   void processBuffer();
   void endCapture(const std::weak_ptr<Capture>& capture);
   void endReplay(const std::weak_ptr<Capture>& capture);

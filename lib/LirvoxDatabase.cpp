@@ -13,7 +13,9 @@
 
 #include "lib/Assertion.h"
 #include "lib/LirvoxSettings.h"
+#include "lib/QueryDeadline.h"
 #include "lib/platform/Platform.h"
+#include "lib/platform/RunTask.h"
 
 namespace lirvox {
 
@@ -36,6 +38,10 @@ class LirvoxDatabase::Statement {
 };
 
 namespace {
+
+// The most rows that one query may give, 12 bytes each. Databases of any sense give far less;
+// a damaged or hostile one must not take all memory.
+constexpr std::size_t kMostRows = std::size_t{1} << 24;
 
 // The hashes of the distinct pairs, as a list for SQL. A hash that occurs at several
 // times occurs as often in the list. Ascending, so that neighbours in the file are
@@ -127,46 +133,71 @@ std::string LirvoxDatabase::description() const {
   return "<LirvoxDatabase: " + sqlitePath() + ">";
 }
 
+// Closes the store when an operation ends, however it ends.
+class LirvoxDatabase::Closer {
+ public:
+  explicit Closer(LirvoxDatabase& store) : store_(store) {}
+  ~Closer() { store_.close(); }
+  Closer(const Closer&) = delete;
+  Closer& operator=(const Closer&) = delete;
+
+ private:
+  LirvoxDatabase& store_;
+};
+
 std::optional<LirvoxRowMap> LirvoxDatabase::selectFingerprints(
     const std::vector<QueryHash>& hashes) {
   const std::lock_guard lock(operation_);
   if (!open() || !databaseExists()) return std::nullopt;
   traceExecution_ = LirvoxSettings::traceExecutionQuery();
-
-  std::vector<LirvoxDBRow> rows;
-  {
+  std::optional<LirvoxRowMap> map;
+  platform::runLogged([&] {
+    const Closer closer(*this);
     Statement statement = prepare(
         "SELECT track_id AS id, num1 AS  time_in_track, num2 AS hash FROM db WHERE num2 IN (" +
         hashList(hashes) + ")");
-    if (statement) {
-      while (statement.step()) {
-        rows.push_back({DecimalString(statement.column(0)), DecimalString(statement.column(1)),
-                        DecimalString(statement.column(2))});
-      }
-    } else {
-      return std::nullopt;
-    }
-  }
-  close();
-  return LirvoxRowMap(std::move(rows));
+    if (!statement) return;
+    std::vector<LirvoxDBRow> rows;
+    forEachRow(statement, [&] {
+      rows.push_back({DecimalString(statement.column(0)), DecimalString(statement.column(1)),
+                      DecimalString(statement.column(2))});
+    });
+    map.emplace(std::move(rows));
+  });
+  return map;
 }
 
 std::optional<std::string> LirvoxDatabase::databaseInfo() {
   const std::lock_guard lock(operation_);
   if (!open() || !databaseExists()) return std::nullopt;
-  std::string info = fileSizeLine(LirvoxSettings::databasePath());
-  std::string ids;
-  {
+  std::optional<std::string> info;
+  platform::runLogged([&] {
+    const Closer closer(*this);
     Statement statement = prepare("SELECT track_id FROM db GROUP BY track_id");
-    if (!statement) return std::nullopt;
-    while (statement.step()) {
+    if (!statement) return;
+    std::string ids;
+    forEachRow(statement, [&] {
       if (!ids.empty()) ids += ',';
       ids += std::to_string(statement.column(0));
+    });
+    // The path of the database is deliberately no part of the summary.
+    info = fileSizeLine(LirvoxSettings::databasePath()) + "\nVideo id's: " + ids;
+  });
+  return info;
+}
+
+// Ends where the file is damaged, too. A table may be a view that has no end.
+template <typename Use>
+void LirvoxDatabase::forEachRow(Statement& statement, Use use) {
+  const QueryDeadline deadline(db_, maxQueryTimeInterval_);
+  for (std::size_t rows = 0; statement.step(); ++rows) {
+    if (rows == kMostRows) {
+      log("The database has too many rows: only the first " + std::to_string(rows) + " are used");
+      return;
     }
+    use();
   }
-  close();
-  // The path of the database is deliberately no part of the summary.
-  return info + "\nVideo id's: " + ids;
+  if (deadline.hasPassed()) log("The database took too long to answer: a part is missing");
 }
 
 LirvoxDatabase::Statement LirvoxDatabase::prepare(const std::string& sql) {

@@ -46,7 +46,8 @@ class LIRVOX_EXPORT LirvoxDatabase {
   std::string sqlitePath() const;
 
   /// All rows whose hash occurs in `hashes`. None when the file cannot be opened or
-  /// has no table `db`; when reading fails half-way, the rows read so far.
+  /// has no table `db`, or memory runs out; when reading fails half-way, or there are more
+  /// than 16,777,216 rows (which the log then says), the rows read so far.
   std::optional<LirvoxRowMap> selectFingerprints(const std::vector<QueryHash>& hashes);
 
   /// Two lines for people: the size of the file at `LirvoxSettings::databasePath()`
@@ -63,6 +64,11 @@ class LIRVOX_EXPORT LirvoxDatabase {
   double maxBusyRetryTimeInterval() const { return maxBusyRetryTimeInterval_; }
   void setMaxBusyRetryTimeInterval(double seconds);
 
+  /// How long one query may take, in seconds. One that takes longer, as a view in the place of
+  /// the table may, ends with the rows read so far, and the log says so.
+  double maxQueryTimeInterval() const { return maxQueryTimeInterval_; }
+  void setMaxQueryTimeInterval(double seconds) { maxQueryTimeInterval_ = seconds; }
+
   /// Whether statements and their errors are logged. Every lookup sets this from
   /// `LirvoxSettings::traceExecutionQuery()`.
   bool traceExecution() const { return traceExecution_; }
@@ -77,15 +83,19 @@ class LIRVOX_EXPORT LirvoxDatabase {
 
  private:
   class Statement;
+  class Closer;
 
   static int retryWhenBusy(void* store, int count);
   bool retry(int count);
   std::string description() const;
   Statement prepare(const std::string& sql);
+  template <typename Use>
+  void forEachRow(Statement& statement, Use use);
 
   std::mutex operation_;  // held by selectFingerprints and databaseInfo
   sqlite3* db_ = nullptr;
   double maxBusyRetryTimeInterval_ = 2.0;
+  double maxQueryTimeInterval_ = 300.0;
   std::chrono::steady_clock::time_point startBusyRetryTime_;
   bool traceExecution_ = false;
   std::optional<std::string> databasePath_;

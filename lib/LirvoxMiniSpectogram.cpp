@@ -88,6 +88,7 @@ void LirvoxMiniSpectogram::do_4_mini_specgrams(const float* samples, LirvoxAudio
   const std::int32_t chunk = LirvoxSettings::settingChunkSize();
   const std::int32_t blockSize = kChunksPerBlock * chunk;
   std::vector<float> work(static_cast<std::size_t>(blockSize + chunk));
+  historyInfo.tail.resize(static_cast<std::size_t>(chunk));  // of a record that a host has made
   std::copy_n(historyInfo.tail.begin(), chunk, work.begin());
   std::copy_n(samples, blockSize, work.begin() + chunk);
 

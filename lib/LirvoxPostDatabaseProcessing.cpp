@@ -9,6 +9,7 @@
 #include "lib/TrackOrder.h"
 #include "lib/Vote.h"
 #include "lib/platform/Platform.h"
+#include "lib/platform/RunTask.h"
 
 namespace lirvox {
 namespace {
@@ -32,7 +33,9 @@ std::optional<LirvoxResult> voteOn(const PassHits& pass, std::int32_t minimum) {
 
 void LirvoxPostDatabaseProcessing::processResult(const LirvoxRowMap* rows,
                                                  const std::vector<QueryHash>& hashes) {
-  const auto result = voteOn(formHits(rows, hashes), Lirvox::sharedInstance()->minimumFindedCnt());
+  const PassHits hits = formHits(rows, hashes);
+  if (!hits.complete) platform::log("The database has too many rows for what was heard");
+  const auto result = voteOn(hits, Lirvox::sharedInstance()->minimumFindedCnt());
   platform::current()->mainQueue->async([result] { deliver(result); });
 }
 
@@ -41,15 +44,16 @@ void LirvoxPostDatabaseProcessing::deliver(const std::optional<LirvoxResult>& re
   const auto delegate = lirvox->delegate();
   if (!delegate) return;
   const std::int32_t id = result ? result->result_id.intValue() : 0;
+  // What a delegate throws is logged and forgotten, whatever queue the host has installed.
   if (id == 0) {
-    delegate->didNotRecognize();
+    platform::runLogged([&] { delegate->didNotRecognize(); });
     return;
   }
   const auto absolute =
       static_cast<float>(static_cast<double>(result->result_time.floatValue()) * kSecondsPerFrame);
   const auto relative =
       static_cast<float>(static_cast<double>(absolute) + secondsSinceStart(*lirvox));
-  delegate->didRecognize(id, absolute, relative);
+  platform::runLogged([&] { delegate->didRecognize(id, absolute, relative); });
 }
 
 }  // namespace lirvox

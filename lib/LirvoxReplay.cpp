@@ -11,6 +11,7 @@
 #include "lib/Lirvox.h"
 #include "lib/LirvoxState.h"
 #include "lib/platform/Platform.h"
+#include "lib/platform/RunTask.h"
 #include "lib/platform/TemporaryFile.h"
 
 namespace lirvox {
@@ -35,23 +36,24 @@ std::vector<std::byte> readFile(const std::string& path) {
 }  // namespace
 
 void Lirvox::startRecognizeFromFile() {
-  const auto platform = platform::current();
-  const std::string path = platform->directories->resourcesDirectory() + '/' + kRecordingName;
-  const std::vector<std::byte> recording = readFile(path);
   const std::lock_guard lock(state_->control);
   // Unlike a live start, this neither asks whether a capture runs or a database is there,
   // nor takes back an earlier cancellation, nor notes the time. That is meant.
-  beginCapture(recording, nullptr);
-  processBuffer();
-  platform->mainQueue->after(
-      kReplayTime, [weak = weak_from_this(), ended = std::weak_ptr(state_->capture.get())] {
-        const auto self = weak.lock();
-        if (!self) return;
-        self->endReplay(ended);
-        platform::current()->mainQueue->after(kPauseBeforeLive, [weak] {
-          if (const auto again = weak.lock()) again->startRecognize();
+  startOrAnswer([this] {
+    const auto platform = platform::current();
+    beginCapture(readFile(platform->directories->resourcesDirectory() + '/' + kRecordingName),
+                 nullptr);
+    processBuffer();
+    platform->mainQueue->after(
+        kReplayTime, [weak = weak_from_this(), ended = std::weak_ptr(state_->capture.get())] {
+          const auto self = weak.lock();
+          if (!self) return;
+          self->endReplay(ended);
+          platform::current()->mainQueue->after(kPauseBeforeLive, [weak] {
+            if (const auto again = weak.lock()) again->startRecognize();
+          });
         });
-      });
+  });
 }
 
 // The replay's time is over, unless another capture has taken its place.
@@ -64,14 +66,16 @@ void Lirvox::endReplay(const std::weak_ptr<Capture>& ended) {
 }
 
 void Lirvox::saveCurrentBufferToFile() const {
-  const auto recording = bufferAudioData();
-  if (!recording) return;
-  const std::string folder = platform::current()->directories->cachesDirectory();
-  std::error_code ignored;
-  std::filesystem::create_directories(folder, ignored);
   // Whether it succeeds is not asked: meant.
-  platform::writeWholeFile(folder + '/' + kRecordingName,
-                           {reinterpret_cast<const char*>(recording->data()), recording->size()});
+  platform::runLogged([this] {
+    const auto recording = bufferAudioData();
+    if (!recording) return;
+    const std::string folder = platform::current()->directories->cachesDirectory();
+    std::error_code ignored;
+    std::filesystem::create_directories(folder, ignored);
+    platform::writeWholeFile(folder + '/' + kRecordingName,
+                             {reinterpret_cast<const char*>(recording->data()), recording->size()});
+  });
 }
 
 }  // namespace lirvox

@@ -8,17 +8,25 @@
 #include "lib/LirvoxState.h"
 #include "lib/LirvoxWeb.h"
 #include "lib/platform/Platform.h"
+#include "lib/platform/RunTask.h"
 
 namespace lirvox {
 
 void Lirvox::downloadDatabaseIfNeeded(std::function<void(bool)> completionBlock) {
-  LirvoxWeb::downloadDatabaseIfNeeded(session(), userApiKey(), std::move(completionBlock));
+  // What the system refuses ends the update as any other failure does.
+  platform::runLogged([&] {
+    LirvoxWeb::downloadDatabaseIfNeeded(session(), userApiKey(), std::move(completionBlock));
+  });
 }
 
 bool Lirvox::updateDatabasePath(const std::string& path) {
-  if (!installLocalArchive(path)) return false;
-  setDatabase(std::make_shared<LirvoxDatabase>(LirvoxSettings::databasePath()));
-  return true;
+  bool installed = false;
+  platform::runLogged([&] {
+    if (!installLocalArchive(path)) return;
+    setDatabase(std::make_shared<LirvoxDatabase>(LirvoxSettings::databasePath()));
+    installed = true;
+  });
+  return installed;
 }
 
 std::optional<std::string> Lirvox::dtDbGenerated() const {

@@ -16,8 +16,9 @@ constexpr std::int32_t kEndDistanceInFrames = 63;
 constexpr std::int32_t kEndDistanceInBins = 31;
 constexpr int kTargetsPerAnchor = 3;
 
-std::vector<float> emptyTail() {
-  return std::vector<float>(static_cast<std::size_t>(LirvoxSettings::settingChunkSize()));
+// Takes no memory once the tail has had its length.
+void emptyTail(HistoryInfo& historyInfo) {
+  historyInfo.tail.assign(static_cast<std::size_t>(LirvoxSettings::settingChunkSize()), 0.0F);
 }
 
 // Appends the landmarks of one anchor, whose targets lie in [target, end).
@@ -35,7 +36,7 @@ void pairAnchor(const Peak& anchor, const Peak* target, const Peak* end,
 
 std::unique_ptr<HistoryInfo> LirvoxUtilities::initHistoryInfo() {
   auto historyInfo = std::make_unique<HistoryInfo>();
-  historyInfo->tail = emptyTail();
+  emptyTail(*historyInfo);
   return historyInfo;
 }
 
@@ -43,7 +44,7 @@ void LirvoxUtilities::freeHistoryInfo(HistoryInfo& historyInfo) {
   for (std::int32_t s = 0; s < LirvoxSettings::settingSHIFTS(); ++s)
     historyInfo.specgram(s).clear();
   historyInfo.firstBlock = true;
-  historyInfo.tail = emptyTail();
+  emptyTail(historyInfo);
   historyInfo.hasTail = false;
 }
 

@@ -7,14 +7,25 @@
 #include "lib/platform/Platform.h"
 
 namespace lirvox::platform {
+namespace {
 
-void runLogged(const Task& task) {
+std::string reason() {
   try {
-    task();
+    throw;
   } catch (const std::exception& error) {
-    log(std::string("A task ended with an exception: ") + error.what());
+    return std::string("A task ended with an exception: ") + error.what();
   } catch (...) {
-    log("A task ended with an unknown exception");
+    return "A task ended with an unknown exception";
+  }
+}
+
+}  // namespace
+
+void logException() noexcept {
+  try {
+    log(reason());
+  } catch (...) {
+    return;  // nothing can be said any more, and nobody may be thrown at
   }
 }
 

@@ -1,11 +1,22 @@
 // How every queue runs a task.
 #pragma once
 
-#include "TaskQueue.h"
-
 namespace lirvox::platform {
 
-/// Runs `task`; an exception that leaves it is logged and dropped.
-void runLogged(const Task& task);
+/// Logs the exception that is being handled; does nothing when there is no memory for that.
+void logException() noexcept;
+
+/// Runs `task`; an exception that leaves it is logged and dropped. Returns whether there
+/// was none. Takes no memory of its own.
+template <typename Task>
+bool runLogged(const Task& task) noexcept {
+  try {
+    task();
+    return true;
+  } catch (...) {
+    logException();
+    return false;
+  }
+}
 
 }  // namespace lirvox::platform

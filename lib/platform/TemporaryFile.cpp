@@ -40,6 +40,21 @@ std::string nameOf(const std::string& path) {
   return std::filesystem::path(path).filename();
 }
 
+// Hands a file's bytes to `use` until it is at its end, or one of them fails.
+template <typename Use>
+std::error_code forEachPart(const FileDescriptor& file, Use use) {
+  std::vector<char> buffer(kCopyBytes);
+  for (;;) {
+    const ssize_t count = ::read(file.get(), buffer.data(), buffer.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return lastError();
+    if (count == 0) return {};
+    if (const auto error = use(std::string_view(buffer.data(), static_cast<std::size_t>(count)))) {
+      return error;
+    }
+  }
+}
+
 }  // namespace
 
 TemporaryFile::TemporaryFile(TemporaryFile&& other) noexcept
@@ -92,7 +107,7 @@ bool TemporaryFile::tryCreate(std::error_code& error) {
   }
   if (::flock(file.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) return false;
   struct stat status {};
-  if (::fstat(file.get(), &status) != 0 || status.st_nlink == 0) return false;
+  if (::fstat(file.get(), &status) == 0 && status.st_nlink == 0) return false;
   file_ = std::move(file);
   name_ = std::move(name);
   return true;
@@ -132,6 +147,19 @@ std::error_code writeWholeFile(const std::string& path, std::string_view content
   return error ? error : file.moveTo(nameOf(path));
 }
 
+std::string readWholeFile(const std::string& path, std::error_code& error) {
+  std::string content;
+  const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  error = file ? std::error_code() : lastError();
+  if (!error) {
+    error = forEachPart(file, [&](std::string_view part) {
+      content.append(part);
+      return std::error_code();
+    });
+  }
+  return error ? std::string() : content;
+}
+
 std::error_code copyWholeFile(const std::string& from, const std::string& to) {
   const FileDescriptor source(::open(from.c_str(), O_RDONLY | O_CLOEXEC));
   struct stat status {};
@@ -139,15 +167,8 @@ std::error_code copyWholeFile(const std::string& from, const std::string& to) {
   std::error_code error;
   TemporaryFile copy = TemporaryFile::createIn(parentOf(to), error);
   if (error) return error;
-  std::vector<char> buffer(kCopyBytes);
-  for (;;) {
-    const ssize_t count = ::read(source.get(), buffer.data(), buffer.size());
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return lastError();
-    if (count == 0) break;
-    error = copy.append({buffer.data(), static_cast<std::size_t>(count)});
-    if (error) return error;
-  }
+  error = forEachPart(source, [&](std::string_view part) { return copy.append(part); });
+  if (error) return error;
   if (::fchmod(copy.descriptor(), status.st_mode & 0777) != 0) return lastError();
   return copy.moveTo(nameOf(to));
 }

@@ -46,6 +46,9 @@ class TemporaryFile {
   std::string name_;  // empty: nothing to remove
 };
 
+/// All bytes of a file; empty with an error.
+std::string readWholeFile(const std::string& path, std::error_code& error);
+
 /// Writes a file that appears whole or not at all.
 std::error_code writeWholeFile(const std::string& path, std::string_view content);
 

@@ -12,11 +12,11 @@
 
 #include <asio.hpp>
 #include <pthread.h>
-#include <signal.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
 #include "lib/platform/RunTask.h"
+#include "lib/platform/linux/BlockedSignals.h"
 
 namespace lirvox::platform {
 namespace {
@@ -52,16 +52,24 @@ class Threads {
 
  private:
   void start() {
-    // Signals belong to the host: threads inherit a mask that blocks them all.
-    sigset_t all;
-    sigset_t previous;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &previous);
-    for (unsigned i = 0; i < count_; ++i) {
-      threads_.emplace_back([context = context_] { context->run(); });
-      pthread_setname_np(threads_.back().native_handle(), name_.substr(0, 15).c_str());
+    const BlockedSignals quiet;
+    const std::string name = name_.substr(0, 15);
+    threads_.reserve(count_);
+    // One thread is enough to go on with; without any, the next use tries again.
+    while (threads_.size() < count_) {
+      try {
+        threads_.emplace_back([context = context_] { run(*context); });
+      } catch (const std::system_error&) {
+        if (threads_.empty()) throw;
+        return;
+      }
+      pthread_setname_np(threads_.back().native_handle(), name.c_str());
     }
-    pthread_sigmask(SIG_SETMASK, &previous, nullptr);
+  }
+
+  // Tasks throw nothing, but the loop itself may run out of memory between two of them.
+  static void run(asio::io_context& context) {
+    while (!runLogged([&] { context.run(); })) continue;
   }
 
   const std::string name_;

@@ -1,12 +1,14 @@
 // The thread that moves the transfers of one session forward.
 #include "lib/platform/linux/CurlLoop.h"
 
+#include <new>
 #include <utility>
 
 #include <curl/curl.h>
 #include <pthread.h>
-#include <signal.h>
 
+#include "lib/platform/RunTask.h"
+#include "lib/platform/linux/BlockedSignals.h"
 #include "lib/platform/linux/CurlTransfer.h"
 
 namespace lirvox::platform {
@@ -19,19 +21,15 @@ constexpr int kIdleInMilliseconds = 60'000;
 CURLM* makeMulti() {
   static std::once_flag initialized;
   std::call_once(initialized, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
-  return curl_multi_init();
+  CURLM* const multi = curl_multi_init();
+  return multi ? multi : throw std::bad_alloc();
 }
 
-// Signals belong to the host: threads inherit a mask that blocks them all.
 template <typename Function>
 std::thread startWithoutSignals(Function function) {
-  sigset_t all;
-  sigset_t previous;
-  sigfillset(&all);
-  pthread_sigmask(SIG_SETMASK, &all, &previous);
+  const BlockedSignals quiet;
   std::thread thread(std::move(function));
   pthread_setname_np(thread.native_handle(), "lirvox-http");
-  pthread_sigmask(SIG_SETMASK, &previous, nullptr);
   return thread;
 }
 
@@ -73,10 +71,10 @@ void CurlLoop::stop() {
 
 void CurlLoop::run() {
   while (!stopping_.load()) {
-    takeAdded();
+    runLogged([this] { takeAdded(); });
     int running = 0;
     curl_multi_perform(multi_, &running);
-    finishDone();
+    runLogged([this] { finishDone(); });
     const int wait = running_.empty() ? kIdleInMilliseconds : kTickInMilliseconds;
     curl_multi_poll(multi_, nullptr, 0, wait, nullptr);
   }
@@ -95,8 +93,10 @@ void CurlLoop::takeAdded() {
   }
   for (auto& transfer : added) {
     void* const handle = transfer->handle();
-    curl_multi_add_handle(multi_, handle);
-    running_.emplace(handle, std::move(transfer));
+    const auto& running = running_.emplace(handle, std::move(transfer)).first->second;
+    if (curl_multi_add_handle(multi_, handle) == CURLM_OK) continue;
+    runLogged([&] { running->finish(CURLE_OUT_OF_MEMORY); });
+    running_.erase(handle);
   }
 }
 

@@ -1,9 +1,12 @@
 // One HTTP request on its way.
 #include "lib/platform/linux/CurlTransfer.h"
 
+#include <new>
 #include <utility>
 
 #include <strings.h>
+
+#include "lib/platform/RunTask.h"
 
 namespace lirvox::platform {
 namespace {
@@ -22,6 +25,7 @@ CurlTransfer::CurlTransfer(const std::string& url, const HttpSessionConfiguratio
       sink_(std::move(sink)),
       finish_(std::move(finish)),
       handle_(curl_easy_init()) {
+  if (!handle_) throw std::bad_alloc();
   set(CURLOPT_URL, url_.c_str());
   set(CURLOPT_PROTOCOLS_STR, "http,https");
   set(CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
@@ -67,7 +71,11 @@ void CurlTransfer::setCallbacks() {
 std::size_t CurlTransfer::onBody(char* data, std::size_t, std::size_t count, void* self) {
   auto& transfer = *static_cast<CurlTransfer*>(self);
   transfer.lastActivity_ = Clock::now();
-  transfer.sinkError_ = transfer.sink_({data, count});
+  try {
+    transfer.sinkError_ = transfer.sink_({data, count});
+  } catch (const std::bad_alloc&) {  // libcurl must not be thrown through
+    transfer.sinkError_ = std::make_error_code(std::errc::not_enough_memory);
+  }
   return transfer.sinkError_ ? 0 : count;
 }
 
@@ -93,7 +101,7 @@ int CurlTransfer::onProgress(void* self, curl_off_t, curl_off_t, curl_off_t, cur
   transfer.timedOut_ = now - *transfer.lastActivity_ > transfer.timeoutForRequest_;
   if (transfer.observer_ && now - transfer.lastReport_ >= kReportInterval) {
     transfer.lastReport_ = now;
-    transfer.observer_(transfer.report());
+    runLogged([&] { transfer.observer_(transfer.report()); });
   }
   return transfer.timedOut_ ? 1 : 0;
 }

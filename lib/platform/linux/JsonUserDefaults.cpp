@@ -2,8 +2,6 @@
 #include "lib/platform/linux/JsonUserDefaults.h"
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 #include <nlohmann/json.hpp>
 
@@ -15,12 +13,16 @@ namespace {
 
 using Json = nlohmann::json;
 
-// A missing file is an empty object; what is no JSON object is set aside.
-Json readObject(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file) return Json::object();
+// A missing file is an empty object; what is no JSON object is set aside. A file that
+// cannot be read is left alone: that tells nothing of what it holds.
+Json readObject(const std::string& path, std::error_code& error) {
+  const std::string text = readWholeFile(path, error);
+  if (error) {
+    if (error == std::errc::no_such_file_or_directory) error.clear();
+    return Json::object();
+  }
   constexpr bool kThrows = false;
-  Json object = Json::parse(std::istreambuf_iterator<char>(file), {}, nullptr, kThrows);
+  Json object = Json::parse(text, nullptr, kThrows);
   if (object.is_object()) return object;
   const std::string aside = path + ".damaged";
   std::error_code ignored;
@@ -34,7 +36,8 @@ Json readObject(const std::string& path) {
 std::optional<std::string> JsonUserDefaults::stringForKey(const std::string& key) const {
   const std::lock_guard lock(mutex_);
   if (const auto unsaved = unsaved_.find(key); unsaved != unsaved_.end()) return unsaved->second;
-  const Json object = readObject(path_);
+  std::error_code ignored;
+  const Json object = readObject(path_, ignored);
   const auto value = object.find(key);
   if (value == object.end() || !value->is_string()) return std::nullopt;
   return value->get<std::string>();
@@ -48,16 +51,19 @@ void JsonUserDefaults::setString(const std::string& value, const std::string& ke
 bool JsonUserDefaults::synchronize() {
   const std::lock_guard lock(mutex_);
   if (unsaved_.empty()) return true;
-  Json object = readObject(path_);
+  std::error_code error;
+  Json object = readObject(path_, error);
   for (const auto& [key, value] : unsaved_) object[key] = value;
   // Bytes that are no UTF-8 are replaced: a stamp that comes back changed only means
   // another download, a file that cannot be written would mean one every time.
   constexpr auto kBadBytes = Json::error_handler_t::replace;
-  std::error_code error;
-  const std::filesystem::path folder = std::filesystem::path(path_).parent_path();
-  std::filesystem::create_directories(folder, error);
-  removeAbandonedFiles(folder);
-  error = writeWholeFile(path_, object.dump(2, ' ', false, kBadBytes) + '\n');
+  const std::string content = object.dump(2, ' ', false, kBadBytes) + '\n';
+  if (!error) {
+    const std::filesystem::path folder = std::filesystem::path(path_).parent_path();
+    std::filesystem::create_directories(folder, error);
+    removeAbandonedFiles(folder);
+    error = writeWholeFile(path_, content);
+  }
   if (error) log("User defaults could not be stored in " + path_ + ": " + error.message());
   if (!error) unsaved_.clear();
   return !error;

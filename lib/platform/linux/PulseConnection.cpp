@@ -4,20 +4,14 @@
 #include <thread>
 #include <utility>
 
-#include <pthread.h>
-#include <signal.h>
+#include "lib/platform/linux/BlockedSignals.h"
 
 namespace lirvox::platform {
 namespace {
 
-// Signals belong to the host: the new thread inherits a mask that blocks them all.
 void startQuietly(pa_threaded_mainloop* loop) {
-  sigset_t all;
-  sigset_t previous;
-  sigfillset(&all);
-  pthread_sigmask(SIG_SETMASK, &all, &previous);
+  const BlockedSignals quiet;
   pa_threaded_mainloop_start(loop);
-  pthread_sigmask(SIG_SETMASK, &previous, nullptr);
 }
 
 }  // namespace
