@@ -74,31 +74,32 @@ void Lirvox::audioSessionInit() {
 void Lirvox::startRecognize() {
   const std::lock_guard lock(state_->control);
   if (isRecording()) return;
-  // A host learns of a missing file through canRecognize, not from here: meant.
-  if (!databaseFileExists()) return;
-  state_->stopNow = false;
-  setTimeStartListening(platform::current()->clock->now());
-  startOrAnswer([this] {
+  const bool started = tryToStart([this] {
+    // A host that has no file learns of it through canRecognize, not from here: meant.
+    if (!databaseFileExists()) return;
+    state_->stopNow = false;
+    setTimeStartListening(platform::current()->clock->now());
     const auto microphone = LirvoxMicrophone::microphoneWithDelegate(weak_from_this());
     setMicrophone(microphone);
     beginCapture({}, microphone.get());
     microphone->startFetchingAudio();
     processBuffer();
   });
+  if (!started) answerNothing();
 }
 
 // Under control: begins a capture. What the system refuses (memory, a thread, a descriptor)
-// does not reach the host: the log says it, nothing runs, and the delegate is answered.
-void Lirvox::startOrAnswer(const std::function<void()>& begin) {
-  const auto before = state_->capture.get();
-  if (platform::runLogged(begin)) return;
-  if (const auto begun = state_->capture.get(); begun != before) {
-    if (const auto microphone = this->microphone()) microphone->stopFetchingAudio();
-    state_->isRecording = false;
-    begun->cancel();
-    state_->capture.replace(nullptr);
-  }
-  if (!stopNow()) answerNothing();
+// does not reach the host: the log says it, what was begun is undone, and false is returned.
+bool Lirvox::tryToStart(const std::function<void()>& begin) {
+  const Capture* const before = state_->capture.get().get();
+  if (platform::runLogged(begin)) return true;
+  const auto begun = state_->capture.get();
+  if (begun.get() == before) return false;
+  if (const auto microphone = this->microphone()) microphone->stopFetchingAudio();
+  state_->isRecording = false;
+  begun->cancel();
+  state_->capture.replace(nullptr);
+  return false;
 }
 
 void Lirvox::answerNothing() {

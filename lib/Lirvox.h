@@ -202,7 +202,7 @@ class LIRVOX_EXPORT Lirvox : public LirvoxMicrophoneAudioDelegate,
 
   Lirvox();
   void beginCapture(const std::vector<std::byte>& recording, const LirvoxMicrophone* microphone);
-  void startOrAnswer(const std::function<void()>& begin);
+  bool tryToStart(const std::function<void()>& begin);
   static void answerNothing();
   void processBuffer();
   void endCapture(const std::weak_ptr<Capture>& capture);

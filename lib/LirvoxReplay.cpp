@@ -39,7 +39,7 @@ void Lirvox::startRecognizeFromFile() {
   const std::lock_guard lock(state_->control);
   // Unlike a live start, this neither asks whether a capture runs or a database is there,
   // nor takes back an earlier cancellation, nor notes the time. That is meant.
-  startOrAnswer([this] {
+  const bool started = tryToStart([this] {
     const auto platform = platform::current();
     beginCapture(readFile(platform->directories->resourcesDirectory() + '/' + kRecordingName),
                  nullptr);
@@ -54,6 +54,7 @@ void Lirvox::startRecognizeFromFile() {
           });
         });
   });
+  if (!started && !stopNow()) answerNothing();
 }
 
 // The replay's time is over, unless another capture has taken its place.

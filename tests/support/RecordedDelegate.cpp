@@ -3,6 +3,8 @@
 
 #include <utility>
 
+#include "tests/support/Faults.h"
+
 namespace lirvox::test {
 
 void RecordedDelegate::didRecognize(std::int32_t trackId, float absoluteTimeOffset,
@@ -15,6 +17,7 @@ void RecordedDelegate::didNotRecognize() {
 }
 
 void RecordedDelegate::add(const Call& call) {
+  const FaultsPaused own;
   const std::lock_guard lock(mutex_);
   calls_.push_back(call);
   called_.notify_all();

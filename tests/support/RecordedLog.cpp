@@ -5,10 +5,12 @@
 #include <utility>
 
 #include "lib/platform/Platform.h"
+#include "tests/support/Faults.h"
 
 namespace lirvox::test {
 
 void RecordedLog::write(std::string_view line) {
+  const FaultsPaused own;
   const std::lock_guard lock(mutex_);
   lines_.emplace_back(line);
 }

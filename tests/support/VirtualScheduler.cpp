@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "lib/platform/Platform.h"
+#include "tests/support/Faults.h"
 
 namespace lirvox::test {
 
@@ -27,6 +28,7 @@ class VirtualScheduler::VirtualWaker : public platform::Waker {
   void wake() noexcept override {
     const auto queue = queue_.lock();
     if (!queue || wakeUp_->pending.exchange(true)) return;
+    const FaultsPaused real;  // wakers take no memory
     queue->async([weak = std::weak_ptr(wakeUp_)] {
       const auto wakeUp = weak.lock();
       if (!wakeUp) return;

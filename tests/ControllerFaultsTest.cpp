@@ -1,0 +1,125 @@
+// Captures and replays while memory, queues, timers and the sound of the system fail.
+#include <chrono>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "lib/audio/LirvoxAudioUtilities.h"
+#include "lib/platform/MemoryAudioUnit.h"
+#include "tests/support/ControllerTest.h"
+#include "tests/support/Faults.h"
+
+namespace lirvox {
+namespace {
+
+using namespace std::chrono_literals;
+using test::Failing;
+using test::FaultsPaused;
+using Calls = std::vector<test::RecordedDelegate::Call>;
+using Unit = platform::MemoryAudioUnit;
+using Format = platform::AudioStreamBasicDescription;
+
+// Every operation counts, and its failure has a status.
+class FaultyUnit : public Unit {
+ public:
+  FaultyUnit() : Unit(nullptr) {}
+  platform::AudioStatus enableInput() override { return tried(Unit::enableInput()); }
+  platform::AudioStatus inputStreamFormat(Format& format) override {
+    return tried(Unit::inputStreamFormat(format));
+  }
+  platform::AudioStatus setClientStreamFormat(const Format& format) override {
+    return tried(Unit::setClientStreamFormat(format));
+  }
+  platform::AudioStatus setDeliveredStreamFormat(const Format& format) override {
+    return tried(Unit::setDeliveredStreamFormat(format));
+  }
+  platform::AudioStatus initialize() override { return tried(Unit::initialize()); }
+  platform::AudioStatus uninitialize() override { return tried(Unit::uninitialize()); }
+  // The test delivers: no thread of the unit's does.
+  platform::AudioStatus start() override { return tried(platform::audioNoError); }
+  platform::AudioStatus stop() override { return tried(platform::audioNoError); }
+
+ private:
+  static platform::AudioStatus tried(platform::AudioStatus status) {
+    return test::faultIsDue() ? platform::audioStateError : status;
+  }
+};
+
+class ControllerFaults : public test::ControllerTest {
+ protected:
+  static constexpr std::size_t kSamples = 16538;  // of 1.5 s
+
+  ControllerFaults() {
+    LirvoxAudioUtilities::shouldExitOnCheckResultFail = false;
+    platform_.change([](platform::Platform& services) {
+      services.makeInputUnit = [](platform::AudioStatus&) {
+        return std::make_unique<FaultyUnit>();
+      };
+    });
+    install();
+    lirvox_->setRecordingTime(1.5);
+    lirvox_->setStopNow(false);
+    test::writeFile(platform_.folder.path("resources/soundLirvox.dat"),
+                    {reinterpret_cast<const char*>(song_.data()), 4 * kSamples});
+  }
+  ~ControllerFaults() override { LirvoxAudioUtilities::shouldExitOnCheckResultFail = true; }
+
+  void listen() {
+    lirvox_->startRecognize();
+    if (lirvox_->isRecording()) deliver(song_.data(), kSamples);
+    platform_.scheduler.run();
+  }
+  void replay() {
+    lirvox_->startRecognizeFromFile();
+    platform_.scheduler.advance(4s);
+  }
+  // Told once, and idle; what comes next works as ever.
+  void checkAnswered() {
+    EXPECT_EQ(delegate_->takeCalls().size(), 1U);
+    EXPECT_FALSE(lirvox_->isRecording());
+    EXPECT_FALSE(lirvox_->bufferAudioData());
+    EXPECT_FALSE(platform_.scheduler.runOne());
+    listen();
+    EXPECT_EQ(delegate_->takeCalls(), Calls{foundSong_});
+  }
+};
+
+TEST_F(ControllerFaults, EveryCaptureIsAnsweredAndTheNextOneWorks) {
+  testing::internal::CaptureStderr();
+  EXPECT_GT(test::failEach(
+                Failing::once, [this] { listen(); }, [this] { checkAnswered(); }),
+            100);
+  EXPECT_NE(testing::internal::GetCapturedStderr().find("Error: "), std::string::npos);
+}
+
+TEST_F(ControllerFaults, EveryReplayIsAnsweredAndTheNextCaptureWorks) {
+  testing::internal::CaptureStderr();
+  EXPECT_GT(test::failEach(
+                Failing::once, [this] { replay(); },
+                [this] {
+                  checkAnswered();
+                  platform_.scheduler.advance(2s);  // the live start that follows a replay
+                  lirvox_->stopRecognize();
+                  platform_.scheduler.run();
+                  lirvox_->setStopNow(false);
+                }),
+            100);
+  testing::internal::GetCapturedStderr();
+}
+
+TEST_F(ControllerFaults, WithoutAnyMemoryNothingStaysBehind) {
+  testing::internal::CaptureStderr();
+  test::failEach(
+      Failing::onwards, [this] { listen(); },
+      [this] {
+        delegate_->takeCalls();  // who cannot be told is not
+        EXPECT_FALSE(lirvox_->isRecording());
+        EXPECT_FALSE(platform_.scheduler.runOne());
+        listen();
+        EXPECT_EQ(delegate_->takeCalls(), Calls{foundSong_});
+      });
+  testing::internal::GetCapturedStderr();
+}
+
+}  // namespace
+}  // namespace lirvox
