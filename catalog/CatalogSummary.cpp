@@ -11,7 +11,7 @@ namespace {
 constexpr int kBusyTimeoutInMilliseconds = 2'000;
 
 SQLite::Database openForReading(const std::string& path) {
-  return {path, SQLite::OPEN_READONLY, kBusyTimeoutInMilliseconds};
+  return {path, SQLite::OPEN_READWRITE, kBusyTimeoutInMilliseconds};
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include "lib/LirvoxSettings.h"
 #include "lib/LirvoxState.h"
 #include "lib/LirvoxUtilities.h"
+#include "lib/platform/ForkedChild.h"
 #include "lib/platform/Platform.h"
 #include "lib/platform/RunTask.h"
 
@@ -39,10 +40,17 @@ constexpr std::size_t kInitialReserveInBytes = std::size_t{1} << 20;
 
 }  // namespace
 
+bool refusesForkedChild() {
+  if (!platform::isForkedChild()) return false;
+  platform::log("A forked process cannot use the recognizer of its parent");
+  return true;
+}
+
 std::shared_ptr<Lirvox> Lirvox::sharedInstance() {
   // Never destroyed: it lives as long as the process, whose threads may use it to the end.
   static const auto* const instance = [] {
     auto* const created = new std::shared_ptr<Lirvox>(new Lirvox);
+    platform::noteForks();
     audioSessionInit();
     (*created)->setFft(std::make_shared<LirvoxAudioFFT>());
     (*created)->setHistoryInfo(LirvoxUtilities::initHistoryInfo());
@@ -72,6 +80,7 @@ void Lirvox::audioSessionInit() {
 }
 
 void Lirvox::startRecognize() {
+  if (refusesForkedChild()) return;
   const std::lock_guard lock(state_->control);
   if (isRecording()) return;
   const bool started = tryToStart([this] {
@@ -181,6 +190,7 @@ void Lirvox::finishPass(ProcessingPass& pass, PassState state) {
 }
 
 void Lirvox::stopRecognize() {
+  if (refusesForkedChild()) return;
   const std::lock_guard lock(state_->control);
   if (!isRecording()) return;
   if (const auto microphone = this->microphone()) microphone->stopFetchingAudio();

@@ -133,7 +133,8 @@ std::string LirvoxDatabase::description() const {
   return "<LirvoxDatabase: " + sqlitePath() + ">";
 }
 
-// Closes the store when an operation ends, however it ends.
+// Closes the store when an operation ends, however it ends: what could not be opened leaves a
+// handle behind that would keep the next operation from trying again.
 class LirvoxDatabase::Closer {
  public:
   explicit Closer(LirvoxDatabase& store) : store_(store) {}
@@ -148,11 +149,11 @@ class LirvoxDatabase::Closer {
 std::optional<LirvoxRowMap> LirvoxDatabase::selectFingerprints(
     const std::vector<QueryHash>& hashes) {
   const std::lock_guard lock(operation_);
+  const Closer closer(*this);
   if (!open() || !databaseExists()) return std::nullopt;
   traceExecution_ = LirvoxSettings::traceExecutionQuery();
   std::optional<LirvoxRowMap> map;
   platform::runLogged([&] {
-    const Closer closer(*this);
     Statement statement = prepare(
         "SELECT track_id AS id, num1 AS  time_in_track, num2 AS hash FROM db WHERE num2 IN (" +
         hashList(hashes) + ")");
@@ -169,10 +170,10 @@ std::optional<LirvoxRowMap> LirvoxDatabase::selectFingerprints(
 
 std::optional<std::string> LirvoxDatabase::databaseInfo() {
   const std::lock_guard lock(operation_);
+  const Closer closer(*this);
   if (!open() || !databaseExists()) return std::nullopt;
   std::optional<std::string> info;
   platform::runLogged([&] {
-    const Closer closer(*this);
     Statement statement = prepare("SELECT track_id FROM db GROUP BY track_id");
     if (!statement) return;
     std::string ids;

@@ -57,6 +57,7 @@ bool Lirvox::isRecording() const {
 }
 
 void Lirvox::setIsRecording(bool recording) {
+  if (refusesForkedChild()) return;
   const std::lock_guard lock(state_->control);
   state_->isRecording = recording;
   const auto capture = state_->capture.get();

@@ -36,6 +36,7 @@ std::vector<std::byte> readFile(const std::string& path) {
 }  // namespace
 
 void Lirvox::startRecognizeFromFile() {
+  if (refusesForkedChild()) return;
   const std::lock_guard lock(state_->control);
   // Unlike a live start, this neither asks whether a capture runs or a database is there,
   // nor takes back an earlier cancellation, nor notes the time. That is meant.

@@ -16,6 +16,10 @@
 
 namespace lirvox {
 
+/// Whether this process was forked from one that had a recognizer, which is then logged: it
+/// has neither its threads nor its sound, and locks may be held for ever.
+bool refusesForkedChild();
+
 struct Lirvox::State {
   // Plain values, each safe by itself.
   std::atomic<bool> isRecording{false};

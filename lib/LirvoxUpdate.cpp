@@ -13,6 +13,7 @@
 namespace lirvox {
 
 void Lirvox::downloadDatabaseIfNeeded(std::function<void(bool)> completionBlock) {
+  if (refusesForkedChild()) return;
   // What the system refuses ends the update as any other failure does.
   platform::runLogged([&] {
     LirvoxWeb::downloadDatabaseIfNeeded(session(), userApiKey(), std::move(completionBlock));

@@ -16,7 +16,8 @@ bool databaseIsUsable(const std::string& path) {
     return false;
   }
   try {
-    SQLite::Database database(path, SQLite::OPEN_READONLY, 2'000);
+    // Writable if it may be: what an interrupted run has left in a journal is put right.
+    SQLite::Database database(path, SQLite::OPEN_READWRITE, 2'000);
     SQLite::Statement(database, "SELECT track_id, num1, num2 FROM db LIMIT 1").executeStep();
     return true;
   } catch (const SQLite::Exception& error) {

@@ -48,7 +48,9 @@ int failEach(Failing failing, const std::function<void()>& operation,
     countdown = 0;
     check();
     EXPECT_TRUE(n == 1 || openDescriptors() == descriptors) << "a descriptor stays open";
-    if (struck == 0 || testing::Test::HasFailure()) return n - 1;
+    if (struck > 0 && !testing::Test::HasFailure()) continue;
+    testing::Test::RecordProperty("requests", n - 1);
+    return n - 1;
   }
 }
 

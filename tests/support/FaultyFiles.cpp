@@ -47,7 +47,6 @@ FAULTY(long, pwrite, (int file, const void* bytes, Size count, long at), (file, 
        -1)
 FAULTY(long, pwrite64, (int file, const void* bytes, Size count, long at), (file, bytes, count, at),
        -1)
-FAULTY(Size, fread, (void* bytes, Size size, Size count, void* file), (bytes, size, count, file), 0)
 FAULTY(Size, fwrite, (const void* bytes, Size size, Size count, void* file),
        (bytes, size, count, file), 0)
 FAULTY(int, fcntl, (int file, int command, long argument), (file, command, argument), -1)

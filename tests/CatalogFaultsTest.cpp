@@ -1,0 +1,120 @@
+// Building, packing and publishing databases while operations on files fail, one after the other.
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "catalog/Catalog.h"
+#include "catalog/CatalogError.h"
+#include "catalog/CatalogSummary.h"
+#include "catalog/Pack.h"
+#include "catalog/Publish.h"
+#include "tests/support/Faults.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace lirvox::catalog {
+namespace {
+
+namespace fs = std::filesystem;
+
+class CatalogFaults : public testing::TestWithParam<test::Failing> {
+ protected:
+  std::string path(const std::string& name) const { return folder_.path(name); }
+
+  void index(const std::string& title) const {
+    Catalog catalog(path("music.db"), {});
+    NewTrack track;
+    track.info = {title, "", title, 1.0};
+    for (int i = 0; i < 3000; ++i) track.rows.push_back({i, 7 * i});
+    catalog.add(std::move(track));
+    catalog.commit();
+  }
+  // An operation fails with the one kind of exception that is promised, and leaves only whole
+  // files: `check` hears whether it got through.
+  int failEach(const std::function<void()>& operation, const std::function<void(bool)>& check) {
+    bool done = false;
+    return test::failEach(
+        GetParam(),
+        [&] {
+          done = false;
+          try {
+            operation();
+            done = true;
+          } catch (const CatalogError&) {
+            done = false;
+          }
+        },
+        [&] { check(done); });
+  }
+
+  const test::TemporaryFolder folder_;
+};
+
+TEST_P(CatalogFaults, ANewCatalogueIsWholeOrNotThere) {
+  EXPECT_GT(failEach([this] { index("one"); },
+                     [this](bool done) {
+                       EXPECT_TRUE(!done || fs::exists(path("music.db")));
+                       if (fs::exists(path("music.db"))) {
+                         EXPECT_EQ(summarize(path("music.db")).rows, 3000);
+                       }
+                       fs::remove(path("music.db"));
+                     }),
+            20);
+}
+
+TEST_P(CatalogFaults, ACommitIsWholeOrHasNotBeen) {
+  index("one");
+  fs::copy_file(path("music.db"), path("one.db"));
+  EXPECT_GT(failEach([this] { index("two"); },
+                     [this](bool done) {
+                       const auto tracks = summarize(path("music.db")).tracks;
+                       EXPECT_TRUE(done ? tracks == 2 : tracks == 1 || tracks == 2);
+                       fs::remove(path("music.db"));
+                       fs::remove(path("music.db-journal"));
+                       fs::copy_file(path("one.db"), path("music.db"));
+                     }),
+            20);
+}
+
+TEST_P(CatalogFaults, ArchivesAndRepliesAreWholeOrNotThere) {
+  index("one");
+  pack(path("music.db"), path("whole.zip"));
+  publish(path("music.db"), path("whole"), {"http://a.example", ""});
+  const std::string packed = test::readFile(path("whole.zip"));
+  const std::size_t size = packed.size();
+  EXPECT_GT(failEach([this] { pack(path("music.db"), path("one.zip")); },
+                     [&](bool done) {
+                       const auto written = test::readFile(path("one.zip")).size();
+                       EXPECT_TRUE(written == size || (!done && written == 0));
+                       fs::remove(path("one.zip"));
+                     }),
+            20);
+  const auto sizes = [this](const std::string& folder) {
+    std::map<std::string, std::size_t> all;
+    for (const auto& [name, content] : test::contents(path(folder))) {
+      if (name.find(".lirvox-") == std::string::npos) all[name] = content.size();
+    }
+    return all;
+  };
+  const auto whole = sizes("whole");
+  EXPECT_GT(failEach(
+                [this] {
+                  publish(path("music.db"), path("www"), {"http://a.example", ""});
+                },
+                [&](bool done) {
+                  EXPECT_TRUE(!done || sizes("www") == whole);
+                  for (const auto& [name, bytes] : fs::exists(path("www")) ? sizes("www") : whole) {
+                    EXPECT_EQ(bytes, whole.at(name)) << name;
+                  }
+                  fs::remove_all(path("www"));
+                }),
+            20);
+}
+
+INSTANTIATE_TEST_SUITE_P(Failing, CatalogFaults,
+                         testing::Values(test::Failing::once, test::Failing::onwards));
+
+}  // namespace
+}  // namespace lirvox::catalog

@@ -1,0 +1,184 @@
+// Recordings, settings, updates and lookups while operations on files fail, one after the other.
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "lib/LirvoxSettings.h"
+#include "lib/LirvoxWeb.h"
+#include "lib/platform/TemporaryFile.h"
+#include "lib/platform/linux/JsonUserDefaults.h"
+#include "tests/ZipBytes.h"
+#include "tests/support/ControllerTest.h"
+#include "tests/support/Faults.h"
+#include "tests/support/FingerprintFile.h"
+
+namespace lirvox {
+namespace {
+
+using test::contents;
+using test::FaultsPaused;
+using test::readFile;
+using test::writeFile;
+
+// A network that is the test's: every request may fail, and completions run at once.
+class PromptSession : public platform::HttpSession {
+ public:
+  PromptSession(std::string reply, std::string archive, std::filesystem::path temporary)
+      : reply_(std::move(reply)), archive_(std::move(archive)), temporary_(std::move(temporary)) {}
+
+  void startDataTask(const std::string&, DataCompletion completion) override {
+    if (test::faultIsDue()) return completion("", {}, LirvoxError{"network", 1, "down"});
+    completion(reply_, {200}, std::nullopt);
+  }
+  void startDownloadTask(const std::string&, DownloadCompletion completion) override {
+    if (test::faultIsDue()) return completion("", {}, LirvoxError{"network", 1, "down"});
+    {
+      const FaultsPaused own;
+      writeFile(temporary_, archive_);
+    }
+    completion(temporary_, {200}, std::nullopt);
+    const FaultsPaused own;
+    std::filesystem::remove(temporary_);
+  }
+
+ private:
+  const std::string reply_;
+  const std::string archive_;
+  const std::filesystem::path temporary_;
+};
+
+class FileFaults : public test::ControllerTest, public testing::WithParamInterface<test::Failing> {
+ protected:
+  std::filesystem::path caches() const { return platform_.folder.path("caches"); }
+  int failEach(const std::function<void()>& operation, const std::function<void()>& check) {
+    return test::failEach(GetParam(), operation, check);
+  }
+  // The files of the caches folder, those excepted that the next operation removes.
+  test::Files lastingFiles() const {
+    test::Files files = contents(caches());
+    std::erase_if(
+        files, [](const auto& file) { return file.first.find(".lirvox-") != std::string::npos; });
+    return files;
+  }
+};
+
+TEST_P(FileFaults, ARecordingIsTheOldOrTheNewOne) {
+  install();
+  start();
+  deliver(song_.data(), 5000);
+  const std::string whole(reinterpret_cast<const char*>(song_.data()), 20000);
+  writeFile(caches() / "soundLirvox.dat", "old");
+  EXPECT_GT(failEach([this] { lirvox_->saveCurrentBufferToFile(); },
+                     [&] {
+                       const std::string saved = readFile(caches() / "soundLirvox.dat");
+                       EXPECT_TRUE(saved == "old" || saved == whole);
+                     }),
+            5);
+  EXPECT_EQ(readFile(caches() / "soundLirvox.dat"), whole);
+}
+
+TEST_P(FileFaults, SettingsAreNeverLost) {
+  const std::string path = platform_.folder.path("configuration/defaults.json");
+  writeFile(path, R"({"mine": "kept", "stamp": "old"})");
+  std::optional<platform::JsonUserDefaults> defaults;
+  EXPECT_GT(failEach(
+                [&] {
+                  defaults.emplace(path);
+                  defaults->setString("new", "stamp");
+                  defaults->synchronize();
+                },
+                [&] {
+                  EXPECT_EQ(defaults->stringForKey("stamp"), "new");
+                  const platform::JsonUserDefaults others(path);
+                  EXPECT_EQ(others.stringForKey("mine"), "kept");
+                  EXPECT_TRUE(others.stringForKey("stamp") == "new" || !defaults->synchronize() ||
+                              others.stringForKey("stamp") == "new");
+                }),
+            5);
+  EXPECT_FALSE(std::filesystem::exists(path + ".damaged"));
+}
+
+TEST_P(FileFaults, AnUpdateLeavesAWholeDatabaseOrNoneAndTheNextOneHeals) {
+  ::setenv("LIRVOX_SERVICE_HOST_FOLDER", "service.example", 1);
+  const std::string archive = test::zipBytes({{.name = "home/service.example/www/tmp/db1.sqlite",
+                                               .data = std::string(100'000, 'n'),
+                                               .deflated = true}});
+  lirvox_->setSession(std::make_shared<PromptSession>(
+      R"({"Result": "OK", "dt": "g", "url": "http://service.example/"})", archive,
+      platform_.folder.path("download")));
+  const std::string live = LirvoxSettings::databasePath();
+  const std::string whole(100'000, 'n');
+  std::vector<bool> answers;
+  const auto update = [&] {
+    lirvox_->downloadDatabaseIfNeeded([&](bool good) {
+      const FaultsPaused own;
+      answers.push_back(good);
+    });
+  };
+  const auto prepare = [&] {
+    writeFile(live, "old");
+    lirvox_->setDtDbGenerated("");
+    answers.clear();
+  };
+  prepare();
+  EXPECT_GT(
+      failEach(
+          update,
+          [&] {
+            const std::string found = readFile(live);
+            EXPECT_TRUE(found == "old" || found == whole || found.empty());
+            EXPECT_EQ(found.empty(), !std::filesystem::exists(live));
+            EXPECT_TRUE(answers.empty() || found == whole);
+            lirvox_->setDtDbGenerated("");
+            update();
+            EXPECT_EQ(lastingFiles(), (test::Files{{"lirvox/", ""}, {"lirvox/db1.sqlite", whole}}));
+            prepare();
+          }),
+      20);
+  lirvox_->setSession(nullptr);
+}
+
+TEST_P(FileFaults, ALocalArchiveReplacesTheDatabaseWholeOrNot) {
+  const std::string archive = platform_.folder.path("local.zip");
+  const std::string live = LirvoxSettings::databasePath();
+  writeFile(archive, test::zipBytes({{"db1.sqlite", "new"}}));
+  writeFile(live, "old");
+  bool installed = false;
+  EXPECT_GT(failEach([&] { installed = lirvox_->updateDatabasePath(archive); },
+                     [&] {
+                       const std::string found = readFile(live);
+                       EXPECT_TRUE(installed ? found == "new" : found == "new" || found == "old");
+                       writeFile(live, "old");
+                     }),
+            10);
+  EXPECT_TRUE(installed);
+}
+
+TEST_P(FileFaults, ALookupGivesWhatCouldBeReadAndTheNextOneAll) {
+  const std::string path = platform_.folder.path("store.sqlite");
+  test::writeFingerprintFile(path, std::vector<test::FingerprintRow>(3000, {1, 2, 3}));
+  LirvoxDatabase store(path);
+  std::optional<LirvoxRowMap> map;
+  std::optional<std::string> info;
+  EXPECT_GT(failEach(
+                [&] {
+                  map = store.selectFingerprints({{0, 3}});
+                  info = store.databaseInfo();
+                },
+                [&] {
+                  EXPECT_FALSE(map && map->rowCount() > 3000);
+                  EXPECT_EQ(store.selectFingerprints({{0, 3}})->rowCount(), 3000U);
+                  EXPECT_FALSE(store.databaseInfo()->ends_with(": "));
+                }),
+            10);
+  EXPECT_TRUE(map && info);
+}
+
+INSTANTIATE_TEST_SUITE_P(Failing, FileFaults,
+                         testing::Values(test::Failing::once, test::Failing::onwards));
+
+}  // namespace
+}  // namespace lirvox

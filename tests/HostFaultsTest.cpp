@@ -1,0 +1,259 @@
+// Hosts that misbehave: delegates, settings and clocks, forks, databases.
+#include <chrono>
+#include <functional>
+#include <future>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "lib/HistoryInfo.h"
+#include "lib/Hits.h"
+#include "lib/LirvoxSettings.h"
+#include "tests/support/ControllerTest.h"
+
+namespace lirvox {
+namespace {
+
+using namespace std::chrono_literals;
+using Calls = std::vector<test::RecordedDelegate::Call>;
+
+// Does what a test says when it is told an outcome.
+struct ActingDelegate : LirvoxDelegate {
+  explicit ActingDelegate(std::function<void()> what) : act(std::move(what)) {}
+  void didRecognize(std::int32_t, float, float) override { act(); }
+  void didNotRecognize() override { act(); }
+  const std::function<void()> act;
+};
+
+class HostFaults : public test::ControllerTest {
+ protected:
+  HostFaults() { install(); }
+
+  void listen() {
+    start();
+    deliver(song_);
+    platform_.scheduler.run();
+  }
+  void expectToWork() {
+    lirvox_->setDelegate(delegate_);
+    delegate_->takeCalls();
+    listen();
+    EXPECT_EQ(delegate_->takeCalls(), Calls{foundSong_});
+  }
+  // A database whose table is what `sql` makes.
+  void installTable(const std::string& sql) {
+    const std::string path = LirvoxSettings::databasePath();
+    std::filesystem::remove(path);
+    sqlite3* file = nullptr;
+    ASSERT_EQ(sqlite3_open(path.c_str(), &file), SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(file, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK) << sql;
+    sqlite3_close(file);
+  }
+};
+
+TEST_F(HostFaults, DelegatesMayThrowAndCallAnything) {
+  const std::vector<std::function<void()>> acts = {
+      [] { throw std::runtime_error("host"); },
+      [] { throw 7; },  // NOLINT: hosts do
+      [this] { lirvox_->setDelegate(nullptr); },
+      [this] { lirvox_->setDatabase(nullptr); },
+      [this] { lirvox_->stopRecognize(); },
+      [this] {
+        lirvox_->startRecognize();
+        lirvox_->stopRecognize();
+      },
+      [this] {
+        lirvox_->startRecognizeFromFile();
+        lirvox_->stopRecognize();
+      },
+      [this] { lirvox_->setIsRecording(false); },
+  };
+  for (const auto& act : acts) {
+    int told = 0;
+    lirvox_->setDelegate(std::make_shared<ActingDelegate>([&] {
+      ++told;
+      act();
+    }));
+    listen();
+    platform_.scheduler.advance(10s);
+    EXPECT_EQ(told, 1);
+    lirvox_->stopRecognize();
+    platform_.scheduler.run();
+    lirvox_->setDatabase(std::make_shared<LirvoxDatabase>(LirvoxSettings::databasePath()));
+    expectToWork();
+  }
+  EXPECT_TRUE(platform_.log->has("exception: host"));
+  EXPECT_TRUE(platform_.log->has("unknown exception"));
+}
+
+TEST_F(HostFaults, TheDelegateOfTheMomentIsTold) {
+  start();
+  deliver(song_);
+  const auto other = std::make_shared<test::RecordedDelegate>();
+  lirvox_->setDelegate(other);
+  platform_.scheduler.run();
+  EXPECT_EQ(other->calls(), Calls{foundSong_});
+  start();
+  deliver(song_);
+  lirvox_->setDelegate(nullptr);
+  platform_.scheduler.run();
+  expectToWork();
+}
+
+TEST_F(HostFaults, ADelegateThatBlocksHoldsUpNobodyButTheNextOutcome) {
+  const platform::Platform system = platform::systemPlatform();
+  platform_.change([&](platform::Platform& services) {
+    services.mainQueue = system.mainQueue;
+    services.globalQueue = system.globalQueue;
+  });
+  std::promise<void> begun;
+  std::promise<void> end;
+  lirvox_->setDelegate(std::make_shared<ActingDelegate>([&] {
+    begun.set_value();
+    end.get_future().wait();
+  }));
+  start();
+  deliver(song_);
+  begun.get_future().wait();
+  lirvox_->setDelegate(delegate_);
+  for (int i = 0; i < 3; ++i) {
+    start();
+    lirvox_->stopRecognize();
+  }
+  EXPECT_TRUE(lirvox_->databaseInfo());
+  start();
+  deliver(song_);
+  end.set_value();
+  EXPECT_EQ(delegate_->waitForCalls(1).front().trackId, 7);
+}
+
+TEST_F(HostFaults, WithoutEngineOrRecordAPassHasItsOwn) {
+  const auto fft = lirvox_->fft();
+  const auto history = lirvox_->historyInfo();
+  for (const auto& record : {std::shared_ptr<HistoryInfo>(), std::make_shared<HistoryInfo>()}) {
+    lirvox_->setFft(nullptr);
+    lirvox_->setHistoryInfo(record);
+    expectToWork();
+  }
+  start();
+  lirvox_->setHistoryInfo(nullptr);
+  deliver(song_);
+  platform_.scheduler.run();
+  EXPECT_EQ(delegate_->takeCalls(), Calls{foundSong_});
+  lirvox_->setFft(fft);
+  lirvox_->setHistoryInfo(history);
+}
+
+TEST_F(HostFaults, AClockThatIsSetBackMovesTheRelativeOffsetAlone) {
+  struct SetClock : platform::Clock {
+    Date now() const override { return date; }
+    Date date{1h * 100};
+  };
+  const auto clock = std::make_shared<SetClock>();
+  platform_.change([&](platform::Platform& services) { services.clock = clock; });
+  start();
+  clock->date -= 1h;
+  deliver(song_);
+  platform_.scheduler.run();
+  ASSERT_EQ(delegate_->calls().size(), 1U);
+  EXPECT_EQ(delegate_->calls()[0].absoluteTimeOffset, foundSong_.absoluteTimeOffset);
+  EXPECT_FLOAT_EQ(delegate_->calls()[0].relativeTimeOffset,
+                  foundSong_.absoluteTimeOffset - 3600.0F);
+}
+
+TEST_F(HostFaults, TablesOfAnyKindAreAnsweredAndTheNextOneWorks) {
+  for (const char* const sql : {
+           "CREATE TABLE db(track_id, num1, num2)",
+           "CREATE TABLE db(track_id TEXT, num1 BLOB, num2 REAL);"
+           "INSERT INTO db SELECT 'x', zeroblob(1000000), value FROM json_each('[0,1,2.5]')",
+           "CREATE TABLE db(track_id, num1, num2);"
+           "INSERT INTO db VALUES(NULL, NULL, NULL), (1e300, -1e300, 9223372036854775807)",
+           "CREATE VIEW db AS SELECT 7 AS track_id, 5 AS num1, 5 AS num2",
+           "CREATE VIEW db AS SELECT * FROM missing",
+           "CREATE VIEW db AS SELECT x AS track_id, x AS num1, x AS num2 FROM "
+           "(SELECT randomblob(1 << 31) AS x)",
+       }) {
+    SCOPED_TRACE(sql);
+    installTable(sql);
+    listen();
+    EXPECT_EQ(delegate_->takeCalls(), Calls{{}});
+    lirvox_->databaseInfo();
+  }
+  std::filesystem::remove(LirvoxSettings::databasePath());
+  install();
+  expectToWork();
+}
+
+TEST_F(HostFaults, ADatabaseWithoutEndIsReadWithinBounds) {
+  const auto rows = [](const char* track, const char* hash) {
+    return std::string(
+               "CREATE VIEW db AS WITH RECURSIVE n(x) AS (SELECT 1 UNION ALL SELECT x + 1 "
+               "FROM n) SELECT ") +
+           track + " AS track_id, x AS num1, " + hash + " AS num2 FROM n";
+  };
+  LirvoxDatabase store(LirvoxSettings::databasePath());
+  installTable(rows("1", "5"));
+  const auto map = store.selectFingerprints({{0, 5}});
+  EXPECT_EQ(map->rowCount(), 16'777'216U);
+  EXPECT_TRUE(platform_.log->has("too many rows"));
+  const LirvoxRowMap few({{DecimalString(1), DecimalString(2), DecimalString(5)}});
+  EXPECT_EQ(formHits(&few, {{0, 5}, {1, 5}}, 2).hits.size(), 2U);
+  const PassHits cut = formHits(&few, {{0, 5}, {1, 5}, {2, 6}}, 1);
+  EXPECT_EQ(cut.hits.size(), 1U);
+  EXPECT_FALSE(cut.complete);
+
+  installTable(rows("x", "x < 0"));  // none of the wanted hash, and tracks without end
+  store.setMaxQueryTimeInterval(0.2);
+  EXPECT_TRUE(store.selectFingerprints({{0, 5}})->empty());
+  EXPECT_TRUE(platform_.log->has("too long"));
+  EXPECT_TRUE(store.databaseInfo());
+}
+
+TEST_F(HostFaults, AForkedChildStartsNothingAndLeavesTheParentAlone) {
+  start();
+  const pid_t child = ::fork();
+  if (child == 0) {
+    lirvox_->stopRecognize();
+    lirvox_->setIsRecording(false);
+    lirvox_->startRecognizeFromFile();
+    lirvox_->downloadDatabaseIfNeeded(nullptr);
+    const bool asItWas = lirvox_->isRecording() && unitLog_ == "start ";
+    ::_exit(asItWas && platform_.log->has("forked") ? 0 : 1);
+  }
+  int status = -1;
+  ::waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+  deliver(song_);
+  platform_.scheduler.run();
+  EXPECT_EQ(delegate_->takeCalls(), Calls{foundSong_});
+}
+
+TEST_F(HostFaults, NoDescriptorOfTheLibraryGetsIntoAProgramThatIsExecuted) {
+  const auto countInherited = [] {
+    int inherited = 0;
+    for (int file = 3; file < 256; ++file) {
+      const int flags = ::fcntl(file, F_GETFD);
+      inherited += flags >= 0 && (flags & FD_CLOEXEC) == 0 ? 1 : 0;
+    }
+    return inherited;
+  };
+  const int before = countInherited();
+  const platform::Platform system = platform::systemPlatform();
+  platform_.change([&](platform::Platform& services) {
+    services.mainQueue = system.mainQueue;
+    services.globalQueue = system.globalQueue;
+  });
+  start();
+  EXPECT_EQ(countInherited(), before);
+  lirvox_->stopRecognize();
+}
+
+}  // namespace
+}  // namespace lirvox
