@@ -1,20 +1,17 @@
-// Hosts that misbehave: delegates, settings and clocks, forks, databases.
+// Hosts that misbehave: delegates, settings, clocks, forks.
 #include <chrono>
 #include <functional>
 #include <future>
 #include <memory>
 #include <stdexcept>
-#include <string>
 #include <vector>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "lib/HistoryInfo.h"
-#include "lib/Hits.h"
 #include "lib/LirvoxSettings.h"
 #include "tests/support/ControllerTest.h"
 
@@ -46,15 +43,6 @@ class HostFaults : public test::ControllerTest {
     delegate_->takeCalls();
     listen();
     EXPECT_EQ(delegate_->takeCalls(), Calls{foundSong_});
-  }
-  // A database whose table is what `sql` makes.
-  void installTable(const std::string& sql) {
-    const std::string path = LirvoxSettings::databasePath();
-    std::filesystem::remove(path);
-    sqlite3* file = nullptr;
-    ASSERT_EQ(sqlite3_open(path.c_str(), &file), SQLITE_OK);
-    EXPECT_EQ(sqlite3_exec(file, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK) << sql;
-    sqlite3_close(file);
   }
 };
 
@@ -166,54 +154,6 @@ TEST_F(HostFaults, AClockThatIsSetBackMovesTheRelativeOffsetAlone) {
   EXPECT_EQ(delegate_->calls()[0].absoluteTimeOffset, foundSong_.absoluteTimeOffset);
   EXPECT_FLOAT_EQ(delegate_->calls()[0].relativeTimeOffset,
                   foundSong_.absoluteTimeOffset - 3600.0F);
-}
-
-TEST_F(HostFaults, TablesOfAnyKindAreAnsweredAndTheNextOneWorks) {
-  for (const char* const sql : {
-           "CREATE TABLE db(track_id, num1, num2)",
-           "CREATE TABLE db(track_id TEXT, num1 BLOB, num2 REAL);"
-           "INSERT INTO db SELECT 'x', zeroblob(1000000), value FROM json_each('[0,1,2.5]')",
-           "CREATE TABLE db(track_id, num1, num2);"
-           "INSERT INTO db VALUES(NULL, NULL, NULL), (1e300, -1e300, 9223372036854775807)",
-           "CREATE VIEW db AS SELECT 7 AS track_id, 5 AS num1, 5 AS num2",
-           "CREATE VIEW db AS SELECT * FROM missing",
-           "CREATE VIEW db AS SELECT x AS track_id, x AS num1, x AS num2 FROM "
-           "(SELECT randomblob(1 << 31) AS x)",
-       }) {
-    SCOPED_TRACE(sql);
-    installTable(sql);
-    listen();
-    EXPECT_EQ(delegate_->takeCalls(), Calls{{}});
-    lirvox_->databaseInfo();
-  }
-  std::filesystem::remove(LirvoxSettings::databasePath());
-  install();
-  expectToWork();
-}
-
-TEST_F(HostFaults, ADatabaseWithoutEndIsReadWithinBounds) {
-  const auto rows = [](const char* track, const char* hash) {
-    return std::string(
-               "CREATE VIEW db AS WITH RECURSIVE n(x) AS (SELECT 1 UNION ALL SELECT x + 1 "
-               "FROM n) SELECT ") +
-           track + " AS track_id, x AS num1, " + hash + " AS num2 FROM n";
-  };
-  LirvoxDatabase store(LirvoxSettings::databasePath());
-  installTable(rows("1", "5"));
-  const auto map = store.selectFingerprints({{0, 5}});
-  EXPECT_EQ(map->rowCount(), 16'777'216U);
-  EXPECT_TRUE(platform_.log->has("too many rows"));
-  const LirvoxRowMap few({{DecimalString(1), DecimalString(2), DecimalString(5)}});
-  EXPECT_EQ(formHits(&few, {{0, 5}, {1, 5}}, 2).hits.size(), 2U);
-  const PassHits cut = formHits(&few, {{0, 5}, {1, 5}, {2, 6}}, 1);
-  EXPECT_EQ(cut.hits.size(), 1U);
-  EXPECT_FALSE(cut.complete);
-
-  installTable(rows("x", "x < 0"));  // none of the wanted hash, and tracks without end
-  store.setMaxQueryTimeInterval(0.2);
-  EXPECT_TRUE(store.selectFingerprints({{0, 5}})->empty());
-  EXPECT_TRUE(platform_.log->has("too long"));
-  EXPECT_TRUE(store.databaseInfo());
 }
 
 TEST_F(HostFaults, AForkedChildStartsNothingAndLeavesTheParentAlone) {

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
+#include <new>
 #include <string>
 
 namespace lirvox {
@@ -15,6 +16,10 @@ using platform::AudioStreamBasicDescription;
 
 // Of every sample, whatever the format: integer and float alike.
 constexpr std::uint32_t bytesPerSample = 4;
+
+void* orThrow(void* memory) {
+  return memory ? memory : throw std::bad_alloc();
+}
 
 std::string codeText(platform::AudioStatus status) {
   const auto bits = static_cast<std::uint32_t>(status);
@@ -58,7 +63,7 @@ LirvoxAudioUtilities::OwnedBufferList LirvoxAudioUtilities::audioBufferListWithN
   const std::uint32_t bytes = frames * bytesPerSample * channelsPerBuffer;
   list->buffers.reserve(numberOfChannels);
   for (std::uint32_t i = 0; i < buffers; ++i) {
-    list->buffers.push_back({channelsPerBuffer, bytes, std::calloc(bytes, 1)});
+    list->buffers.push_back({channelsPerBuffer, bytes, orThrow(std::calloc(bytes, 1))});
   }
   return list;
 }
@@ -72,11 +77,13 @@ void LirvoxAudioUtilities::freeBufferList(AudioBufferList* list) {
 LirvoxAudioUtilities::OwnedFloatBuffers LirvoxAudioUtilities::floatBuffersWithNumberOfFrames(
     std::uint32_t frames, std::uint32_t numberOfChannels) {
   if (numberOfChannels == 0) return {};
-  auto buffers = std::make_unique<float*[]>(numberOfChannels);
+  OwnedFloatBuffers buffers(std::make_unique<float*[]>(numberOfChannels).release(),
+                            FloatBuffersFreer{numberOfChannels});
   for (std::uint32_t i = 0; i < numberOfChannels; ++i) {
-    buffers[i] = static_cast<float*>(std::malloc(std::size_t{frames} * bytesPerSample));
+    const std::size_t bytes = std::max<std::size_t>(frames, 1) * bytesPerSample;
+    buffers.get()[i] = static_cast<float*>(orThrow(std::malloc(bytes)));
   }
-  return {buffers.release(), FloatBuffersFreer{numberOfChannels}};
+  return buffers;
 }
 
 void LirvoxAudioUtilities::freeFloatBuffers(float** buffers, std::uint32_t numberOfChannels) {
