@@ -7,9 +7,11 @@
 #include <thread>
 #include <vector>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <spawn.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include "tests/LoopbackServer.h"
@@ -35,7 +37,10 @@ class UpdateProgramTest : public testing::Test {
     ::setenv("LIRVOX_CONFIG_DIR", folder_.path("config").c_str(), 1);
   }
   ~UpdateProgramTest() override {
-    if (nginx_) runCommand(nginxCommand_ + " -s quit");
+    if (!nginx_) return;
+    runCommand(nginxCommand_ + " -s stop");
+    // What it still writes would keep the folder from being removed.
+    for (int i = 0; i < 500 && std::filesystem::exists(path("pid")); ++i) ::usleep(10'000);
   }
 
   // nginx with the configuration that the documentation shows.
@@ -130,6 +135,10 @@ TEST_F(UpdateProgramTest, SaysWhatFailedAndTriesAgain) {
   expect("update", 6, "names no database");
   ::setenv("LIRVOX_API_URL", "http://127.0.0.1:1", 1);
   expect("update", 6, "connect");
+  const int folder = ::open(path("caches/lirvox").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  ::flock(folder, LOCK_EX);
+  expect("update", 6, "another update is running");
+  ::close(folder);
   const LoopbackServer silent([](const std::string&, const Connection& c) { c.waitUntilClosed(); });
   ::setenv("LIRVOX_API_URL", silent.url().c_str(), 1);
   expect("update --timeout 0.5", 6, "no end within the time-out");

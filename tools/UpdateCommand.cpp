@@ -1,12 +1,18 @@
 // lirvox update: the database of the recognition service.
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <memory>
 #include <string>
 
+#include <fcntl.h>
+#include <sys/file.h>
+
 #include "lib/Lirvox.h"
 #include "lib/LirvoxSettings.h"
+#include "lib/platform/FileDescriptor.h"
 #include "lib/platform/Platform.h"
 #include "tools/CommandLine.h"
 #include "tools/Console.h"
@@ -41,6 +47,17 @@ class UnfinishedMark {
  private:
   const fs::path path_;
 };
+
+// Held while an update runs: two would take each other's archive away. It goes with the
+// process, however that ends. False, with a word to the user, when it cannot be had.
+bool lock(const fs::path& folder, platform::FileDescriptor& held) {
+  held = platform::FileDescriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (held && ::flock(held.get(), LOCK_EX | LOCK_NB) == 0) return true;
+  const int reason = errno;
+  complain(held && reason == EWOULDBLOCK ? "another update is running"
+                                         : folder.string() + ": " + std::strerror(reason));
+  return false;
+}
 
 std::shared_ptr<UpdateWatch> installWatchedPlatform() {
   const auto watch = std::make_shared<UpdateWatch>();
@@ -87,6 +104,8 @@ int update(const Options& options) {
     complain(database + ": " + error.message());
     return exitUpdate;
   }
+  platform::FileDescriptor held;
+  if (!lock(fs::path(database).parent_path(), held)) return exitUpdate;
   const KeptCatalog kept(database);
   return report(runUpdate(options, database), database);
 }
