@@ -71,6 +71,15 @@ std::string fileSizeLine(const std::string& path) {
   return "DB size: " + std::string(text.begin(), result.ptr) + " Mb";
 }
 
+// SQLite would make an empty file in the place of one that is not there, and updates would
+// take that for the database.
+bool isMissing(const std::optional<std::string>& path) {
+  std::error_code error;
+  if (!path || path->empty() || std::filesystem::exists(*path, error) || error) return false;
+  log(*path + ": no such database");
+  return true;
+}
+
 int randomSleepInMilliseconds() {
   static thread_local std::minstd_rand generator{std::random_device{}()};
   return std::uniform_int_distribution<int>(50, 99)(generator);
@@ -149,6 +158,7 @@ class LirvoxDatabase::Closer {
 std::optional<LirvoxRowMap> LirvoxDatabase::selectFingerprints(
     const std::vector<QueryHash>& hashes) {
   const std::lock_guard lock(operation_);
+  if (isMissing(databasePath_)) return std::nullopt;
   const Closer closer(*this);
   if (!open() || !databaseExists()) return std::nullopt;
   traceExecution_ = LirvoxSettings::traceExecutionQuery();
@@ -170,6 +180,7 @@ std::optional<LirvoxRowMap> LirvoxDatabase::selectFingerprints(
 
 std::optional<std::string> LirvoxDatabase::databaseInfo() {
   const std::lock_guard lock(operation_);
+  if (isMissing(databasePath_)) return std::nullopt;
   const Closer closer(*this);
   if (!open() || !databaseExists()) return std::nullopt;
   std::optional<std::string> info;

@@ -1,4 +1,5 @@
 // Recordings, settings, updates and lookups while operations on files fail, one after the other.
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <string>
@@ -175,6 +176,45 @@ TEST_P(FileFaults, ALookupGivesWhatCouldBeReadAndTheNextOneAll) {
                 }),
             10);
   EXPECT_TRUE(map && info);
+}
+
+TEST_P(FileFaults, FoldersThatAreReadOnlyOrVanishHurtNothing) {
+  install();
+  start();
+  deliver(song_.data(), song_.size() - 1);
+  std::filesystem::remove(LirvoxSettings::databasePath());
+  deliver(song_.data(), 1);
+  platform_.scheduler.run();
+  EXPECT_EQ(lastingFiles(), (test::Files{{"lirvox/", ""}})) << "no empty database is made";
+  std::filesystem::remove_all(caches());
+  install();
+  start();
+  deliver(song_);
+  std::filesystem::remove_all(caches());
+  lirvox_->saveCurrentBufferToFile();
+  EXPECT_EQ(readFile(caches() / "soundLirvox.dat").size(), 4 * song_.size());
+  platform_.scheduler.run();
+
+  struct Unwritable : platform::Directories {  // for anyone
+    std::string cachesDirectory() const override { return "/proc/lirvox"; }
+    std::string configurationDirectory() const override { return "/proc/lirvox"; }
+    std::string resourcesDirectory() const override { return "/proc/lirvox"; }
+  };
+  const auto usual = platform::current()->directories;
+  writeFile(platform_.folder.path("local.zip"), test::zipBytes({{"db1.sqlite", "new"}}));
+  platform_.change([](platform::Platform& p) { p.directories = std::make_shared<Unwritable>(); });
+  lirvox_->setStopNow(false);
+  lirvox_->startRecognizeFromFile();
+  lirvox_->saveCurrentBufferToFile();
+  EXPECT_FALSE(lirvox_->updateDatabasePath(platform_.folder.path("local.zip")));
+  platform_.scheduler.advance(std::chrono::seconds(7));
+  EXPECT_EQ(delegate_->takeCalls().size(), 3U);
+  platform_.change([&](platform::Platform& p) { p.directories = usual; });
+  install();
+  start();
+  deliver(song_);
+  platform_.scheduler.run();
+  EXPECT_EQ(delegate_->calls().back(), foundSong_);
 }
 
 INSTANTIATE_TEST_SUITE_P(Failing, FileFaults,
