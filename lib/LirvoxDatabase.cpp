@@ -72,10 +72,14 @@ std::string fileSizeLine(const std::string& path) {
 }
 
 // SQLite would make an empty file in the place of one that is not there, and updates would
-// take that for the database.
+// take that for the database. (It does not where there is no folder either, and says so.)
 bool isMissing(const std::optional<std::string>& path) {
+  if (!path || path->empty()) return false;
   std::error_code error;
-  if (!path || path->empty() || std::filesystem::exists(*path, error) || error) return false;
+  if (std::filesystem::exists(*path, error) || error) return false;
+  if (!std::filesystem::exists(std::filesystem::absolute(*path, error).parent_path(), error)) {
+    return false;
+  }
   log(*path + ": no such database");
   return true;
 }
