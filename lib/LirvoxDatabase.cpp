@@ -13,6 +13,7 @@
 
 #include "lib/Assertion.h"
 #include "lib/LirvoxSettings.h"
+#include "lib/LookupGuard.h"
 #include "lib/platform/Platform.h"
 
 namespace lirvox {
@@ -82,11 +83,12 @@ LirvoxDatabase::~LirvoxDatabase() {
 
 bool LirvoxDatabase::open() {
   if (db_) return true;
-  const int result = sqlite3_open(sqlitePath().c_str(), &db_);
+  const int result = openForReading(sqlitePath(), db_);
   if (result != SQLITE_OK) {
     log("error opening!: " + std::to_string(result));
     return false;
   }
+  guard_ = std::make_unique<LookupGuard>(db_, sqlitePath());
   if (maxBusyRetryTimeInterval_ > 0.0) setMaxBusyRetryTimeInterval(maxBusyRetryTimeInterval_);
   return true;
 }
@@ -110,6 +112,7 @@ bool LirvoxDatabase::close() {
     }
   }
   db_ = nullptr;
+  guard_.reset();
   return true;
 }
 
@@ -171,6 +174,8 @@ std::optional<std::string> LirvoxDatabase::databaseInfo() {
 
 LirvoxDatabase::Statement LirvoxDatabase::prepare(const std::string& sql) {
   if (traceExecution_) log("executeQuery: " + sql);
+  // A connection that SQLite refused has no guard, and prepares nothing.
+  if (guard_) guard_->begin(sql.size());
   sqlite3_stmt* statement = nullptr;
   const int result = sqlite3_prepare_v2(db_, sql.c_str(), -1, &statement, nullptr);
   if (result == SQLITE_OK) return Statement(statement);

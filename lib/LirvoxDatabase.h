@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -17,9 +18,12 @@ struct sqlite3;
 
 namespace lirvox {
 
+class LookupGuard;
+
 /// Looks hashes up in a fingerprint file: any SQLite database with a table `db`
 /// whose integer columns are `track_id`, `num1` (frame in the track) and `num2`
-/// (hash). It never writes to the file and keeps it open only while it asks.
+/// (hash). It never writes to the file and keeps it open only while it asks. A view
+/// or a virtual table of that name counts as none.
 ///
 /// `selectFingerprints` and `databaseInfo` may be called from any thread, one waits
 /// for the other; all else belongs to one thread at a time. Both block for as long
@@ -46,7 +50,8 @@ class LIRVOX_EXPORT LirvoxDatabase {
   std::string sqlitePath() const;
 
   /// All rows whose hash occurs in `hashes`. None when the file cannot be opened or
-  /// has no table `db`; when reading fails half-way, the rows read so far.
+  /// has no table `db`; when reading fails half-way, the rows read so far. So, too,
+  /// when a damaged or hostile file takes more work than its size explains.
   std::optional<LirvoxRowMap> selectFingerprints(const std::vector<QueryHash>& hashes);
 
   /// Two lines for people: the size of the file at `LirvoxSettings::databasePath()`
@@ -85,6 +90,7 @@ class LIRVOX_EXPORT LirvoxDatabase {
 
   std::mutex operation_;  // held by selectFingerprints and databaseInfo
   sqlite3* db_ = nullptr;
+  std::unique_ptr<LookupGuard> guard_;  // of db_
   double maxBusyRetryTimeInterval_ = 2.0;
   std::chrono::steady_clock::time_point startBusyRetryTime_;
   bool traceExecution_ = false;
