@@ -1,6 +1,8 @@
 // User defaults in a JSON file.
 #include "lib/platform/linux/JsonUserDefaults.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -15,15 +17,27 @@ namespace {
 
 using Json = nlohmann::json;
 
-// A missing file is an empty object; what is no JSON object is set aside.
+// Far above what is ever stored.
+constexpr std::uintmax_t kLargestFile = std::uintmax_t{16} << 20;
+
+// Whether this may be what was stored: no arrays or objects within. Writing what is nested
+// deeply takes more stack than there is.
+bool isFlatObject(const Json& json) {
+  return json.is_object() &&
+         std::none_of(json.begin(), json.end(), [](const Json& v) { return v.is_structured(); });
+}
+
+// A missing file is an empty object; one that cannot have been stored is set aside.
 Json readObject(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   if (!file) return Json::object();
-  constexpr bool kThrows = false;
-  Json object = Json::parse(std::istreambuf_iterator<char>(file), {}, nullptr, kThrows);
-  if (object.is_object()) return object;
-  const std::string aside = path + ".damaged";
   std::error_code ignored;
+  if (std::filesystem::file_size(path, ignored) <= kLargestFile) {
+    constexpr bool kThrows = false;
+    Json object = Json::parse(std::istreambuf_iterator<char>(file), {}, nullptr, kThrows);
+    if (isFlatObject(object)) return object;
+  }
+  const std::string aside = path + ".damaged";
   std::filesystem::rename(path, aside, ignored);
   log("User defaults are damaged and were moved to " + aside);
   return Json::object();
