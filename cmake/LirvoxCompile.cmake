@@ -1,5 +1,25 @@
 # How every target of this project is compiled: lirvox_compile_options(target).
 
+include(CheckPIESupported)
+check_pie_supported(LANGUAGES CXX)
+
+# What turns a mistake in memory into the end of the process, or at least keeps it from being
+# of use to somebody. Only in builds that optimise, without which the checks cost much and
+# the fortified functions do nothing.
+function(lirvox_harden target)
+  set(flags -fstack-protector-strong -fstack-clash-protection -U_FORTIFY_SOURCE
+    -D_FORTIFY_SOURCE=$<IF:$<VERSION_LESS:$<CXX_COMPILER_VERSION>,12>,2,3>)
+  if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64|i[3-6]86")
+    list(APPEND flags -fcf-protection=full)
+  elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "aarch64|arm64")
+    list(APPEND flags -mbranch-protection=standard)
+  endif()
+  set(optimised $<CONFIG:Release,RelWithDebInfo,MinSizeRel>)
+  target_compile_options(${target} PRIVATE "$<${optimised}:${flags}>")
+  # Nothing of it is handed on: a static library leaves the link to its host.
+  target_link_options(${target} PRIVATE "$<${optimised}:LINKER:-z,relro,-z,now>")
+endfunction()
+
 function(lirvox_compile_options target)
   target_compile_features(${target} PRIVATE cxx_std_20)
   set_target_properties(${target} PROPERTIES
@@ -23,5 +43,7 @@ function(lirvox_compile_options target)
       target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-tsan>)
     endif()
     target_link_options(${target} PUBLIC -fsanitize=${LIRVOX_SANITIZE})
+  elseif(LIRVOX_HARDEN)
+    lirvox_harden(${target})
   endif()
 endfunction()

@@ -40,6 +40,10 @@ void report(const std::string& path, const std::error_code& error) {
 bool replaceLiveDatabase(const DatabaseLocations& at) {
   std::error_code ignored;
   std::filesystem::remove(at.liveDatabase, ignored);
+  // Journals that lie beside it belong to another database, or the archive planted them.
+  for (const char* const ending : {"-journal", "-wal", "-shm"}) {
+    std::filesystem::remove(at.liveDatabase + ending, ignored);
+  }
   // The folder is not made: who never prepared it gets no database over the network.
   const std::error_code error = platform::copyWholeFile(at.extractedDatabase, at.liveDatabase);
   if (error) report(at.liveDatabase, error);

@@ -13,7 +13,7 @@
 
 #include "lib/Assertion.h"
 #include "lib/LirvoxSettings.h"
-#include "lib/QueryDeadline.h"
+#include "lib/LookupGuard.h"
 #include "lib/platform/Platform.h"
 #include "lib/platform/RunTask.h"
 
@@ -101,11 +101,12 @@ LirvoxDatabase::~LirvoxDatabase() {
 
 bool LirvoxDatabase::open() {
   if (db_) return true;
-  const int result = sqlite3_open(sqlitePath().c_str(), &db_);
+  const int result = openForReading(sqlitePath(), db_);
   if (result != SQLITE_OK) {
     log("error opening!: " + std::to_string(result));
     return false;
   }
+  guard_ = std::make_unique<LookupGuard>(db_, sqlitePath());
   if (maxBusyRetryTimeInterval_ > 0.0) setMaxBusyRetryTimeInterval(maxBusyRetryTimeInterval_);
   return true;
 }
@@ -129,6 +130,7 @@ bool LirvoxDatabase::close() {
     }
   }
   db_ = nullptr;
+  guard_.reset();
   return true;
 }
 
@@ -202,10 +204,9 @@ std::optional<std::string> LirvoxDatabase::databaseInfo() {
   return info;
 }
 
-// Ends where the file is damaged, too. A table may be a view that has no end.
+// Ends where the file is damaged, too, and where the guard has had enough.
 template <typename Use>
 void LirvoxDatabase::forEachRow(Statement& statement, Use use) {
-  const QueryDeadline deadline(db_, maxQueryTimeInterval_);
   for (std::size_t rows = 0; statement.step(); ++rows) {
     if (rows == kMostRows) {
       log("The database has too many rows: only the first " + std::to_string(rows) + " are used");
@@ -213,11 +214,12 @@ void LirvoxDatabase::forEachRow(Statement& statement, Use use) {
     }
     use();
   }
-  if (deadline.hasPassed()) log("The database took too long to answer: a part is missing");
 }
 
 LirvoxDatabase::Statement LirvoxDatabase::prepare(const std::string& sql) {
   if (traceExecution_) log("executeQuery: " + sql);
+  // A connection that SQLite refused has no guard, and prepares nothing.
+  if (guard_) guard_->begin(sql.size());
   sqlite3_stmt* statement = nullptr;
   const int result = sqlite3_prepare_v2(db_, sql.c_str(), -1, &statement, nullptr);
   if (result == SQLITE_OK) return Statement(statement);

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -17,9 +18,12 @@ struct sqlite3;
 
 namespace lirvox {
 
+class LookupGuard;
+
 /// Looks hashes up in a fingerprint file: any SQLite database with a table `db`
 /// whose integer columns are `track_id`, `num1` (frame in the track) and `num2`
-/// (hash). It never writes to the file and keeps it open only while it asks.
+/// (hash). It never writes to the file and keeps it open only while it asks. A view
+/// or a virtual table of that name counts as none.
 ///
 /// `selectFingerprints` and `databaseInfo` may be called from any thread, one waits
 /// for the other; all else belongs to one thread at a time. Both block for as long
@@ -46,8 +50,9 @@ class LIRVOX_EXPORT LirvoxDatabase {
   std::string sqlitePath() const;
 
   /// All rows whose hash occurs in `hashes`. None when the file cannot be opened or
-  /// has no table `db`, or memory runs out; when reading fails half-way, or there are more
-  /// than 16,777,216 rows (which the log then says), the rows read so far.
+  /// has no table `db`, or memory runs out; when reading fails half-way, the rows read so
+  /// far. So, too, when there are more than 16,777,216 rows or when a damaged or hostile
+  /// file takes more work than its size explains, which the log then says.
   std::optional<LirvoxRowMap> selectFingerprints(const std::vector<QueryHash>& hashes);
 
   /// Two lines for people: the size of the file at `LirvoxSettings::databasePath()`
@@ -63,11 +68,6 @@ class LIRVOX_EXPORT LirvoxDatabase {
   /// How long a locked file is retried, in seconds; 0 or less fails at once.
   double maxBusyRetryTimeInterval() const { return maxBusyRetryTimeInterval_; }
   void setMaxBusyRetryTimeInterval(double seconds);
-
-  /// How long one query may take, in seconds. One that takes longer, as a view in the place of
-  /// the table may, ends with the rows read so far, and the log says so.
-  double maxQueryTimeInterval() const { return maxQueryTimeInterval_; }
-  void setMaxQueryTimeInterval(double seconds) { maxQueryTimeInterval_ = seconds; }
 
   /// Whether statements and their errors are logged. Every lookup sets this from
   /// `LirvoxSettings::traceExecutionQuery()`.
@@ -94,8 +94,8 @@ class LIRVOX_EXPORT LirvoxDatabase {
 
   std::mutex operation_;  // held by selectFingerprints and databaseInfo
   sqlite3* db_ = nullptr;
+  std::unique_ptr<LookupGuard> guard_;  // of db_
   double maxBusyRetryTimeInterval_ = 2.0;
-  double maxQueryTimeInterval_ = 300.0;
   std::chrono::steady_clock::time_point startBusyRetryTime_;
   bool traceExecution_ = false;
   std::optional<std::string> databasePath_;

@@ -93,6 +93,7 @@ std::vector<Case> cases() {
       {"a name that climbs", zipBytes({{"a", "A"}, {"../evil", "1"}}), "unsafe name"},
       {"a name that climbs later", zipBytes({{"d/../../evil", "1"}}), "unsafe name"},
       {"a backslash", zipBytes({{"..\\evil", "1"}}), "unsafe name"},
+      {"a journal", zipBytes({{"a", "A"}, {"d/db1.sqlite-journal", "1"}}), "unsafe name"},
       {"a null byte", zipBytes({{std::string("a\0b", 3), "1"}}), "unsafe name"},
       {"no name", zipBytes({{"", "1"}}), "unsafe name"},
       {"a file named dot", zipBytes({{".", "1"}}), "unsafe name"},

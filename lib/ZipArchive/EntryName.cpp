@@ -2,9 +2,11 @@
 #include "lib/ZipArchive/EntryName.h"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <filesystem>
 #include <sstream>
+#include <string_view>
 
 namespace lirvox {
 namespace {
@@ -13,6 +15,15 @@ namespace {
 constexpr std::size_t kLongestName = 1024;
 constexpr std::size_t kDeepestName = 32;
 constexpr std::size_t kLongestLogged = 200;
+
+// What SQLite looks for beside a database, and believes: a journal names files to remove.
+bool isJournalName(const std::string& component) {
+  constexpr std::array<std::string_view, 3> kEndings = {".sqlite-journal", ".sqlite-wal",
+                                                        ".sqlite-shm"};
+  return std::any_of(kEndings.begin(), kEndings.end(), [&](std::string_view ending) {
+    return std::string_view(component).ends_with(ending);
+  });
+}
 
 }  // namespace
 
@@ -28,6 +39,7 @@ std::optional<EntryPath> entryPath(const std::string& name) {
     if (!component.empty() && component != ".") path.push_back(component);
   }
   if (path.size() > kDeepestName) return std::nullopt;
+  if (!path.empty() && isJournalName(path.back())) return std::nullopt;
   return path;
 }
 

@@ -11,9 +11,9 @@ namespace lirvox {
 using EntryPath = std::vector<std::string>;
 
 /// The components of an entry's name without empty ones and "."; nothing if the
-/// name could lead out of the destination (absolute, "..", backslash) or is
-/// unreasonable (a null byte, too long, too deep). Folder names end in "/"; the
-/// name of the destination itself ("./") has no components.
+/// name could lead out of the destination (absolute, "..", backslash), is unreasonable
+/// (a null byte, too long, too deep), or is that of a journal of a database. Folder
+/// names end in "/"; the name of the destination itself ("./") has no components.
 std::optional<EntryPath> entryPath(const std::string& name);
 
 /// Whether the entry is an archive by its name: the extension, in lower case, is "zip".

@@ -1,6 +1,8 @@
 // User defaults in a JSON file.
 #include "lib/platform/linux/JsonUserDefaults.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <filesystem>
 
 #include <nlohmann/json.hpp>
@@ -13,19 +15,32 @@ namespace {
 
 using Json = nlohmann::json;
 
-// A missing file is an empty object; what is no JSON object is set aside. A file that
-// cannot be read is left alone: that tells nothing of what it holds.
+// Far above what is ever stored.
+constexpr std::uintmax_t kLargestFile = std::uintmax_t{16} << 20;
+
+// Whether this may be what was stored: no arrays or objects within. Writing what is nested
+// deeply takes more stack than there is.
+bool isFlatObject(const Json& json) {
+  return json.is_object() &&
+         std::none_of(json.begin(), json.end(), [](const Json& v) { return v.is_structured(); });
+}
+
+// A missing file is an empty object; one that cannot have been stored is set aside. A file
+// that cannot be read is left alone: that tells nothing of what it holds.
 Json readObject(const std::string& path, std::error_code& error) {
-  const std::string text = readWholeFile(path, error);
-  if (error) {
-    if (error == std::errc::no_such_file_or_directory) error.clear();
-    return Json::object();
-  }
-  constexpr bool kThrows = false;
-  Json object = Json::parse(text, nullptr, kThrows);
-  if (object.is_object()) return object;
-  const std::string aside = path + ".damaged";
   std::error_code ignored;
+  const bool isTooLarge = std::filesystem::file_size(path, ignored) > kLargestFile && !ignored;
+  if (!isTooLarge) {
+    const std::string text = readWholeFile(path, error);
+    if (error) {
+      if (error == std::errc::no_such_file_or_directory) error.clear();
+      return Json::object();
+    }
+    constexpr bool kThrows = false;
+    Json object = Json::parse(text, nullptr, kThrows);
+    if (isFlatObject(object)) return object;
+  }
+  const std::string aside = path + ".damaged";
   std::filesystem::rename(path, aside, ignored);
   log("User defaults are damaged and were moved to " + aside);
   return Json::object();

@@ -1,0 +1,84 @@
+// What keeps a fingerprint file from doing more than answering.
+#include "lib/LookupGuard.h"
+
+#include <filesystem>
+
+#include <sqlite3.h>
+
+#include "lib/platform/Platform.h"
+
+namespace lirvox {
+namespace {
+
+constexpr int kStepsBetweenLooks = 500;
+
+// A scan takes about one step of SQLite's machine per byte of the smallest rows, a lookup
+// in an index a third of that, and each hash of a statement 3 steps for its 2 or more
+// characters. Rows that a damaged tree repeats without end soon take more.
+constexpr std::uint64_t kStepsPerByte = 8;
+constexpr std::uint64_t kFreeSteps = 10000;
+
+// Slower than any disk, and reached only by generated columns that work hard.
+constexpr std::uint64_t kBytesPerSecond = 1U << 20;
+constexpr std::uint64_t kFreeSeconds = 10;
+
+std::uint64_t sizeOf(const std::string& path) {
+  std::error_code error;
+  const std::uint64_t bytes = std::filesystem::file_size(path, error);
+  return error ? 0 : bytes;
+}
+
+void restrict(sqlite3* database) {
+  for (const int option : {SQLITE_DBCONFIG_ENABLE_TRIGGER, SQLITE_DBCONFIG_ENABLE_VIEW,
+                           SQLITE_DBCONFIG_TRUSTED_SCHEMA}) {
+    sqlite3_db_config(database, option, 0, nullptr);
+  }
+  sqlite3_db_config(database, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+  sqlite3_drop_modules(database, nullptr);
+  // Of what an expression makes; columns that nobody asks for may be longer.
+  sqlite3_limit(database, SQLITE_LIMIT_LENGTH, 1 << 14);
+  sqlite3_limit(database, SQLITE_LIMIT_LIKE_PATTERN_LENGTH, 16);
+  sqlite3_limit(database, SQLITE_LIMIT_ATTACHED, 0);
+  // Whoever cuts a mapped file short ends the processes that read it.
+  sqlite3_int64 mappedBytes = 0;
+  sqlite3_file_control(database, "main", SQLITE_FCNTL_MMAP_SIZE, &mappedBytes);
+}
+
+}  // namespace
+
+int openForReading(const std::string& path, sqlite3*& database) {
+  const int result = sqlite3_open_v2(path.c_str(), &database, SQLITE_OPEN_READONLY, nullptr);
+  if (result != SQLITE_CANTOPEN) return result;
+  sqlite3_close(database);
+  return sqlite3_open(path.c_str(), &database);
+}
+
+LookupGuard::LookupGuard(sqlite3* database, const std::string& path)
+    : fileBytes_(sizeOf(path) + sizeOf(path + "-wal")) {
+  restrict(database);
+  sqlite3_progress_handler(database, kStepsBetweenLooks, &LookupGuard::count, this);
+}
+
+void LookupGuard::begin(std::size_t length) {
+  stepsLeft_ = kFreeSteps + kStepsPerByte * (fileBytes_ + length);
+  end_.reset();
+}
+
+int LookupGuard::count(void* guard) {
+  return static_cast<LookupGuard*>(guard)->isSpent() ? 1 : 0;
+}
+
+bool LookupGuard::isSpent() {
+  const auto now = std::chrono::steady_clock::now();
+  // From the first look on: the wait for a lock is not the file's work.
+  if (!end_) end_ = now + std::chrono::seconds(kFreeSeconds + fileBytes_ / kBytesPerSecond);
+  const bool isSpent = stepsLeft_ < kStepsBetweenLooks || now > *end_;
+  if (isSpent) {
+    platform::log("The database asks for more work than its size explains; stopped reading it");
+  } else {
+    stepsLeft_ -= kStepsBetweenLooks;
+  }
+  return isSpent;
+}
+
+}  // namespace lirvox

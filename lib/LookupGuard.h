@@ -1,0 +1,40 @@
+// What keeps a fingerprint file from doing more than answering.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+struct sqlite3;
+
+namespace lirvox {
+
+/// Opens the file at `path` for reading only, so that a journal beside it is never
+/// played back: that would change the file, and remove others that the journal names. A
+/// missing file is made, empty. Returns SQLite's result; `database` is as SQLite sets it.
+int openForReading(const std::string& path, sqlite3*& database);
+
+/// Guards one connection against what its file holds: views and virtual tables cannot be
+/// asked, expressions of the schema are kept small, and a statement ends once it has done
+/// more than any table in a file of that size can ask for. One thread at a time.
+class LookupGuard {
+ public:
+  /// Takes effect on the open connection `database`, which must not outlive this object.
+  LookupGuard(sqlite3* database, const std::string& path);
+  LookupGuard(const LookupGuard&) = delete;
+  LookupGuard& operator=(const LookupGuard&) = delete;
+
+  /// A statement of `length` characters is about to run.
+  void begin(std::size_t length);
+
+ private:
+  static int count(void* guard);
+  bool isSpent();
+
+  const std::uint64_t fileBytes_;
+  std::uint64_t stepsLeft_ = 0;
+  std::optional<std::chrono::steady_clock::time_point> end_;
+};
+
+}  // namespace lirvox
