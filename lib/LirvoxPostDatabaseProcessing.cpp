@@ -3,18 +3,12 @@
 
 #include <chrono>
 
-#include "lib/Hits.h"
-#include "lib/HitsByTrack.h"
+#include "lib/Decision.h"
 #include "lib/Lirvox.h"
-#include "lib/TrackOrder.h"
-#include "lib/Vote.h"
 #include "lib/platform/Platform.h"
 
 namespace lirvox {
 namespace {
-
-// 256/11025, rounded to 14 decimal places as it always was.
-constexpr double kSecondsPerFrame = 0.02321995464853;
 
 // How long ago listening started; 0 when it never did, as for a replayed recording.
 double secondsSinceStart(const Lirvox& lirvox) {
@@ -23,16 +17,11 @@ double secondsSinceStart(const Lirvox& lirvox) {
   return std::chrono::duration<double>(platform::current()->clock->now() - *start).count();
 }
 
-std::optional<LirvoxResult> voteOn(const PassHits& pass, std::int32_t minimum) {
-  const HitsByTrack hits(pass);
-  return chooseResult(vote(hits, chooseTrackOrder(hits, minimum)).candidates, minimum);
-}
-
 }  // namespace
 
 void LirvoxPostDatabaseProcessing::processResult(const LirvoxRowMap* rows,
                                                  const std::vector<QueryHash>& hashes) {
-  const auto result = voteOn(formHits(rows, hashes), Lirvox::sharedInstance()->minimumFindedCnt());
+  const auto result = Decision(rows, hashes, Lirvox::sharedInstance()->minimumFindedCnt()).result;
   platform::current()->mainQueue->async([result] { deliver(result); });
 }
 
@@ -45,8 +34,7 @@ void LirvoxPostDatabaseProcessing::deliver(const std::optional<LirvoxResult>& re
     delegate->didNotRecognize();
     return;
   }
-  const auto absolute =
-      static_cast<float>(static_cast<double>(result->result_time.floatValue()) * kSecondsPerFrame);
+  const float absolute = secondsOf(result->result_time);
   const auto relative =
       static_cast<float>(static_cast<double>(absolute) + secondsSinceStart(*lirvox));
   delegate->didRecognize(id, absolute, relative);
