@@ -65,6 +65,7 @@ std::function<int()> parseCommandLine(const Program& program, int argc, char** a
 Command indexCommand();
 Command recognizeCommand();
 Command fingerprintCommand();
+Command explainCommand();
 Command infoCommand();
 Command listenCommand();
 Command devicesCommand();

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 
-#include "lib/Decision.h"
 #include "lib/LirvoxMiniSpectogram.h"
 #include "lib/LirvoxRecognize.h"
 #include "lib/LirvoxSettings.h"
@@ -36,12 +35,6 @@ std::array<std::vector<QueryHash>, 4> QueryPass::hashesByShift() {
         LirvoxRecognize::hashesOf(historyInfo_->specgram(static_cast<std::int32_t>(shift)));
   }
   return hashes;
-}
-
-std::optional<LirvoxResult> lookUp(LirvoxDatabase& database, const std::vector<QueryHash>& hashes,
-                                   std::int32_t minimum) {
-  const auto rows = database.selectFingerprints(hashes);
-  return Decision(rows ? &*rows : nullptr, hashes, minimum).result;
 }
 
 }  // namespace lirvox::tools
