@@ -1,6 +1,8 @@
 // lirvox explain and plot: they tell what lirvox recognize does.
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -34,7 +36,9 @@ class Explain : public ::testing::Test {
 
   static std::string path(const std::string& name) { return folder_->path(name).string(); }
   static Finished run(const std::string& arguments) {
-    return runCommand("cd '" + folder_->path().string() + "' && " LIRVOX_PROGRAM " " + arguments);
+    const std::string folder = "'" + folder_->path().string() + "'";
+    return runCommand("cd " + folder + " && LIRVOX_CACHES_DIR=" + folder + "/caches " +
+                      LIRVOX_PROGRAM " " + arguments);
   }
 
   // Five seconds of a tune.
@@ -76,6 +80,38 @@ TEST_F(Explain, GivesTheAnswerOfRecognizeWithItsReason) {
     EXPECT_EQ(explanation.at("reason"), reason) << explanation.at("explanation");
     const auto answer = nlohmann::json::parse(recognized.output);
     for (const auto& [name, value] : answer.items()) EXPECT_EQ(explanation.at(name), value) << name;
+  }
+}
+
+TEST_F(Explain, DrawsWhateverIsInAFileAndTellsTheAnswerToo) {
+  const struct {
+    Samples samples;
+    const char* arguments;
+    int status;
+    const char* begins;  // the picture, "" for none
+    const char* says;
+  } cases[] = {
+      {excerpt(2, 7.5), "-d db -o a.png", 0, "\x89PNG", "excerpt.dat: tune2 at 0:07 ("},
+      {excerpt(4, 6.0), "-d db -o b.svg", 0, "<?xml", "Lied für Ελένη 雪"},
+      {excerpt(2, 7.5), "-d db --start 2 -o c.pdf", 0, "%PDF", "from 0:02: tune2 at 0:09"},
+      {excerpt(2, 7.5), "-o d.png", 0, "\x89PNG", "excerpt.dat\n"},
+      {Samples(55125), "-d db -o e.png", 0, "\x89PNG", "not recognized"},
+      {Samples(1000), "-d db -o f.png", 0, "\x89PNG", "not recognized"},
+      {{}, "-d db -o g.png", 3, "", "no audio"},
+      {excerpt(2, 7.5), "-d db -o h.gif", 2, "", "h.gif: a picture's name ends in"},
+      {excerpt(2, 7.5), "-d none -o i.png", 4, "", "none: no database"},
+      {excerpt(2, 7.5), "-d db -o missing/j.png", 3, "", "missing/j.png: No such file"},
+  };
+  for (const auto& [samples, arguments, status, begins, says] : cases) {
+    writeRecording(path("excerpt.dat"), samples);
+    const Finished plotted = run(std::string("plot excerpt.dat ") + arguments);
+    EXPECT_EQ(plotted.status, status) << arguments;
+    EXPECT_NE(plotted.output.find(says), std::string::npos) << arguments << plotted.output;
+    const std::string name = std::string(arguments).substr(std::string(arguments).rfind(' ') + 1);
+    std::ifstream file(path(name), std::ios::binary);
+    const std::string picture(std::istreambuf_iterator<char>(file), {});
+    EXPECT_EQ(picture.empty(), !*begins) << arguments;
+    EXPECT_EQ(picture.rfind(begins, 0), 0U) << arguments;
   }
 }
 

@@ -66,6 +66,7 @@ Command indexCommand();
 Command recognizeCommand();
 Command fingerprintCommand();
 Command explainCommand();
+Command plotCommand();
 Command infoCommand();
 Command listenCommand();
 Command devicesCommand();

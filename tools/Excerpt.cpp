@@ -19,12 +19,12 @@ Option startOption(ExcerptOptions& excerpt) {
           .range = {{0, 1e7}}};
 }
 
-Option secondsOption(ExcerptOptions& excerpt) {
+Option secondsOption(ExcerptOptions& excerpt, double most) {
   return {.names = "--seconds",
           .value = &excerpt.seconds,
           .help = "Length of the excerpt",
           .unit = "SECONDS",
-          .range = {{0.001, 3600}}};
+          .range = {{0.001, most}}};
 }
 
 std::vector<std::int32_t> readExcerpt(const std::string& file, const ExcerptOptions& excerpt) {

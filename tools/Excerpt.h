@@ -17,9 +17,9 @@ struct ExcerptOptions {
   double seconds;
 };
 
-/// --start and --seconds.
+/// --start, and --seconds with the most it may be.
 Option startOption(ExcerptOptions& excerpt);
-Option secondsOption(ExcerptOptions& excerpt);
+Option secondsOption(ExcerptOptions& excerpt, double most = 3600);
 
 /// The samples from `start` on (32-bit words, mono, 11025 Hz), `seconds` of them or as many
 /// as there are, but one at least. Throws `AudioError`.

@@ -51,13 +51,13 @@ const char* aimText(OrderAim aim) {
     case OrderAim::leaderWins:
       return "chosen so that the best aligned track wins";
     case OrderAim::copyWins:
-      return "the best aligned first: copies hide each other";
+      return "the best aligned first, as copies hide each other";
     case OrderAim::silence:
       return "chosen so that nothing wins";
     case OrderAim::none:
       break;
   }
-  return "the best aligned first: no order serves";
+  return "the best aligned first, as no order serves";
 }
 
 // A line of either table: what a track gets, or would get, and where.

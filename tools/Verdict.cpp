@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "lib/LirvoxSettings.h"
+#include "tools/Console.h"
 
 namespace lirvox::tools {
 namespace {
@@ -21,8 +22,8 @@ std::string decimal(double value, int digits) {
   return text.data();
 }
 
-std::string quoted(const std::string& text) {
-  return '"' + text + '"';
+std::string quoted(const std::string& title) {
+  return '"' + shortened(title, 40) + '"';
 }
 
 std::string votesText(std::int32_t votes) {
@@ -47,15 +48,15 @@ Reason whyNoHits(const Examination& examined) {
   if (examined.blocks() == 0) {
     const double block = static_cast<double>(LirvoxSettings::minimumBufferSizeForMiniSpectogram()) /
                          LirvoxSettings::settingSampleRate();
-    return {"too-short", "too short: " + decimal(examined.seconds(), 2) +
+    return {"too-short", "Too short: " + decimal(examined.seconds(), 2) +
                              " s are less than one block of " + decimal(block, 2) + " s"};
   }
-  if (examined.isSilent()) return {"silence", "silence: every sample is 0"};
+  if (examined.isSilent()) return {"silence", "Silence: every sample is 0"};
   if (examined.hashCount() == 0) {
-    return {"no-landmarks", "nothing in the sound stands out: no two peaks make a landmark"};
+    return {"no-landmarks", "Nothing in the sound stands out: no two peaks make a landmark"};
   }
-  if (!examined.rows()) return {"database-failure", "the database could not be read"};
-  return {"no-hash-in-database", "no hash in the database: none of the " +
+  if (!examined.rows()) return {"database-failure", "The database could not be read"};
+  return {"no-hash-in-database", "No hash in the database: none of the " +
                                      std::to_string(examined.distinctHashCount()) +
                                      " distinct ones is there"};
 }
@@ -82,15 +83,15 @@ Reason whyNoResult(const Examination& examined, const Titles& titles) {
   const std::string leader = quoted(titles.of(leaderId(examined)));
   if (!standing.exceedsMinimum()) {
     return {"too-few-votes",
-            "votes " + std::to_string(standing.count()) + " do not exceed the minimum " +
+            "Votes " + std::to_string(standing.count()) + " do not exceed the minimum " +
                 std::to_string(examined.minimum()) + ": " + leader + " is the best aligned track"};
   }
   if (examined.decision()->votes.candidates.empty()) {
-    return {"no-candidate", "no offset has the 5 votes that make a candidate"};
+    return {"no-candidate", "No offset has the 5 votes that make a candidate"};
   }
   if (!standing.standsOut()) {
     return {"does-not-stand-out",
-            "leader does not stand out: " + leader + " has " + standingText(examined)};
+            "Leader does not stand out: " + leader + " has " + standingText(examined)};
   }
   return whyHidden(examined, titles);
 }
@@ -110,23 +111,23 @@ Reason whyRecognized(const Examination& examined, const Titles& titles) {
   const Decision& decision = *examined.decision();
   const std::int32_t id = decision.result->result_id.intValue();
   if (id == 0) {
-    return {"track-0", "track 0 has won, and cannot be told from nothing: its id must not be 0"};
+    return {"track-0", "Track 0 has won, and cannot be told from nothing: its id must not be 0"};
   }
   const bool isLeader = id == leaderId(examined);
   const std::string leader = quoted(titles.of(leaderId(examined)));
   if (!standingOf(examined).standsOut()) {
     return {"nobody-silences",
-            "recognised, but it does not stand out: no order of the tracks was found under which "
+            "Recognised, but it does not stand out: no order of the tracks was found under which "
             "nobody wins; " +
                 (isLeader ? "it has " : leader + " has ") + standingText(examined)};
   }
   if (!isLeader) {
-    return {"copy", "recognised, but " + leader +
+    return {"copy", "Recognised, but " + leader +
                         " is aligned better: they hide each other, as "
                         "copies of one recording do"};
   }
   return {"stands-out",
-          "it stands out: " + standingText(examined) + helpText(examined, *decision.result)};
+          "It stands out: " + standingText(examined) + helpText(examined, *decision.result)};
 }
 
 Reason reasonFor(const Examination& examined, const Titles& titles) {
