@@ -13,7 +13,7 @@ Decision::Decision(const LirvoxRowMap* rows, const std::vector<QueryHash>& hashe
                    std::int32_t minimum)
     : pass(formHits(rows, hashes)),
       hits(pass),
-      order(planTrackOrder(hits, minimum)),
+      order(chooseTrackOrder(hits, minimum)),
       votes(vote(hits, order.tracks)),
       result(chooseResult(votes.candidates, minimum)) {}
 

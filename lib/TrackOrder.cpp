@@ -24,7 +24,7 @@ bool LeaderStanding::standsOut() const {
   return noise > 0 && count() >= kTimesSeventeenth * noise;
 }
 
-PlannedOrder planTrackOrder(const HitsByTrack& hits, std::int32_t minimum) {
+PlannedOrder chooseTrackOrder(const HitsByTrack& hits, std::int32_t minimum) {
   if (hits.tracks().empty()) return {};
   const TrackStatistics statistics(hits);
   if (LeaderStanding(statistics, minimum).standsOut()) {
@@ -35,10 +35,6 @@ PlannedOrder planTrackOrder(const HitsByTrack& hits, std::int32_t minimum) {
   const auto silent = findSilentOrder(hits, statistics, minimum);
   if (silent) return {*silent, OrderAim::silence};
   return {statistics.ranking(), OrderAim::none};
-}
-
-std::vector<std::size_t> chooseTrackOrder(const HitsByTrack& hits, std::int32_t minimum) {
-  return planTrackOrder(hits, minimum).tracks;
 }
 
 }  // namespace lirvox

@@ -54,12 +54,8 @@ struct PlannedOrder {
   OrderAim aim = OrderAim::none;
 };
 
-/// `chooseTrackOrder`, and what it aims at.
-PlannedOrder planTrackOrder(const HitsByTrack& hits, std::int32_t minimum);
-
-/// All tracks of `hits`, as indices into `hits.tracks()`, in the order in which the
-/// vote serves the listener best. Deterministic; `minimum` is the count that a result
-/// must exceed.
-std::vector<std::size_t> chooseTrackOrder(const HitsByTrack& hits, std::int32_t minimum);
+/// All tracks of `hits` in the order in which the vote serves the listener best.
+/// Deterministic; `minimum` is the count that a result must exceed.
+PlannedOrder chooseTrackOrder(const HitsByTrack& hits, std::int32_t minimum);
 
 }  // namespace lirvox
