@@ -34,7 +34,7 @@ void hitsAndVote(benchmark::State& state) {
   for ([[maybe_unused]] auto _ : state) {
     const PassHits pass = formHits(rows ? &*rows : nullptr, generated.query());
     const HitsByTrack hits(pass);
-    const VoteOutcome outcome = vote(hits, chooseTrackOrder(hits, kMinimumVotes));
+    const VoteOutcome outcome = vote(hits, chooseTrackOrder(hits, kMinimumVotes).tracks);
     benchmark::DoNotOptimize(chooseResult(outcome.candidates, kMinimumVotes));
   }
   state.counters["rows"] = static_cast<double>(rows ? rows->rowCount() : 0);

@@ -143,7 +143,7 @@ std::vector<QueryHash> hashesOf(const Samples& samples) {
 
 std::optional<LirvoxResult> voteOn(const PassHits& pass, std::int32_t minimum) {
   const HitsByTrack hits(pass);
-  return chooseResult(vote(hits, chooseTrackOrder(hits, minimum)).candidates, minimum);
+  return chooseResult(vote(hits, chooseTrackOrder(hits, minimum).tracks).candidates, minimum);
 }
 
 // The hits of all tracks but one.

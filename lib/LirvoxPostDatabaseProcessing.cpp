@@ -3,19 +3,13 @@
 
 #include <chrono>
 
-#include "lib/Hits.h"
-#include "lib/HitsByTrack.h"
+#include "lib/Decision.h"
 #include "lib/Lirvox.h"
-#include "lib/TrackOrder.h"
-#include "lib/Vote.h"
 #include "lib/platform/Platform.h"
 #include "lib/platform/RunTask.h"
 
 namespace lirvox {
 namespace {
-
-// 256/11025, rounded to 14 decimal places as it always was.
-constexpr double kSecondsPerFrame = 0.02321995464853;
 
 // How long ago listening started; 0 when it never did, as for a replayed recording.
 double secondsSinceStart(const Lirvox& lirvox) {
@@ -24,19 +18,13 @@ double secondsSinceStart(const Lirvox& lirvox) {
   return std::chrono::duration<double>(platform::current()->clock->now() - *start).count();
 }
 
-std::optional<LirvoxResult> voteOn(const PassHits& pass, std::int32_t minimum) {
-  const HitsByTrack hits(pass);
-  return chooseResult(vote(hits, chooseTrackOrder(hits, minimum)).candidates, minimum);
-}
-
 }  // namespace
 
 void LirvoxPostDatabaseProcessing::processResult(const LirvoxRowMap* rows,
                                                  const std::vector<QueryHash>& hashes) {
-  const PassHits hits = formHits(rows, hashes);
-  if (!hits.complete) platform::log("The database has too many rows for what was heard");
-  const auto result = voteOn(hits, Lirvox::sharedInstance()->minimumFindedCnt());
-  platform::current()->mainQueue->async([result] { deliver(result); });
+  const Decision decision(rows, hashes, Lirvox::sharedInstance()->minimumFindedCnt());
+  if (!decision.pass.complete) platform::log("The database has too many rows for what was heard");
+  platform::current()->mainQueue->async([result = decision.result] { deliver(result); });
 }
 
 void LirvoxPostDatabaseProcessing::deliver(const std::optional<LirvoxResult>& result) {
@@ -49,8 +37,7 @@ void LirvoxPostDatabaseProcessing::deliver(const std::optional<LirvoxResult>& re
     platform::runLogged([&] { delegate->didNotRecognize(); });
     return;
   }
-  const auto absolute =
-      static_cast<float>(static_cast<double>(result->result_time.floatValue()) * kSecondsPerFrame);
+  const float absolute = secondsOf(result->result_time);
   const auto relative =
       static_cast<float>(static_cast<double>(absolute) + secondsSinceStart(*lirvox));
   platform::runLogged([&] { delegate->didRecognize(id, absolute, relative); });

@@ -65,6 +65,8 @@ std::function<int()> parseCommandLine(const Program& program, int argc, char** a
 Command indexCommand();
 Command recognizeCommand();
 Command fingerprintCommand();
+Command explainCommand();
+Command plotCommand();
 Command infoCommand();
 Command listenCommand();
 Command devicesCommand();

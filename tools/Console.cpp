@@ -28,6 +28,15 @@ std::string clockTime(double seconds) {
   return text.data();
 }
 
+std::string shortened(const std::string& text, std::size_t most) {
+  std::size_t characters = 0;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    // All bytes of a character but the first are 10xxxxxx.
+    if ((text[i] & 0xC0) != 0x80 && ++characters > most) return text.substr(0, i) + "...";
+  }
+  return text;
+}
+
 bool outputIsClosed() {
   pollfd output{STDOUT_FILENO, 0, 0};
   return ::poll(&output, 1, 0) == 1 && (output.revents & POLLERR) != 0;

@@ -1,6 +1,7 @@
 // What the program says to people.
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 namespace lirvox::tools {
@@ -10,6 +11,9 @@ void complain(const std::string& text);
 
 /// A number of seconds as people write it, 1:02:03 or 2:03; negative ones too.
 std::string clockTime(double seconds);
+
+/// The first `most` characters of a UTF-8 text, and "..." if there are more.
+std::string shortened(const std::string& text, std::size_t most);
 
 /// Whether the reader of the standard output stream has gone away.
 bool outputIsClosed();

@@ -3,15 +3,11 @@
 
 #include <algorithm>
 
-#include "lib/Hits.h"
-#include "lib/HitsByTrack.h"
 #include "lib/LirvoxMiniSpectogram.h"
 #include "lib/LirvoxRecognize.h"
 #include "lib/LirvoxSettings.h"
 #include "lib/LirvoxUtilities.h"
 #include "lib/ProcessingPass.h"
-#include "lib/TrackOrder.h"
-#include "lib/Vote.h"
 
 namespace lirvox::tools {
 
@@ -39,14 +35,6 @@ std::array<std::vector<QueryHash>, 4> QueryPass::hashesByShift() {
         LirvoxRecognize::hashesOf(historyInfo_->specgram(static_cast<std::int32_t>(shift)));
   }
   return hashes;
-}
-
-std::optional<LirvoxResult> lookUp(LirvoxDatabase& database, const std::vector<QueryHash>& hashes,
-                                   std::int32_t minimum) {
-  const auto rows = database.selectFingerprints(hashes);
-  const PassHits pass = formHits(rows ? &*rows : nullptr, hashes);
-  const HitsByTrack hits(pass);
-  return chooseResult(vote(hits, chooseTrackOrder(hits, minimum)).candidates, minimum);
 }
 
 }  // namespace lirvox::tools

@@ -5,14 +5,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <vector>
 
 #include "lib/HistoryInfo.h"
 #include "lib/Landmark.h"
 #include "lib/LirvoxAudioFFT.h"
-#include "lib/LirvoxDatabase.h"
-#include "lib/LirvoxResult.h"
 
 namespace lirvox::tools {
 
@@ -27,14 +24,16 @@ class QueryPass {
   /// The hashes of each shift. Asked once.
   std::array<std::vector<QueryHash>, 4> hashesByShift();
 
+  /// The spectrogram of a shift in [0, 4): of powers, and once the hashes have been asked
+  /// for, of power spectral densities.
+  const Spectrogram& specgram(std::size_t shift) const {
+    return historyInfo_->specgram(static_cast<std::int32_t>(shift));
+  }
+
  private:
   LirvoxAudioFFT fft_;
   std::unique_ptr<HistoryInfo> historyInfo_;
   std::vector<std::int32_t> block_;
 };
-
-/// The candidate that a recognition of `hashes` settles on, with its votes.
-std::optional<LirvoxResult> lookUp(LirvoxDatabase& database, const std::vector<QueryHash>& hashes,
-                                   std::int32_t minimum);
 
 }  // namespace lirvox::tools

@@ -5,7 +5,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include "catalog/CatalogSummary.h"
 #include "tools/Console.h"
 
 namespace lirvox::tools {
@@ -39,17 +38,17 @@ Json asJson(const std::string& file, const Answer& answer, const std::string& ti
 }  // namespace
 
 Report::Report(const std::string& path, const std::string& format)
-    : titles_(catalog::trackTitles(path)), json_(format == "json") {}
+    : titles_(path), json_(format == "json") {}
 
 void Report::file(const std::string& file, const Answer& answer,
                   std::optional<std::int32_t> votes) const {
   if (json_) {
-    print(asJson(file, answer, titleOf(answer.trackId), votes));
+    print(asJson(file, answer, titles_.of(answer.trackId), votes));
     return;
   }
   std::cout << file << ": ";
   if (answer.recognized) {
-    std::cout << titleOf(answer.trackId) << " at " << clockTime(answer.positionInSeconds);
+    std::cout << titles_.of(answer.trackId) << " at " << clockTime(answer.positionInSeconds);
     if (votes) std::cout << " (" << *votes << " votes)";
   } else {
     std::cout << "not recognized";
@@ -69,20 +68,15 @@ void Report::failure(const std::string& file, const std::string& reason,
 void Report::heard(const Answer& answer) const {
   if (json_) {
     Json json;
-    describe(json, answer, titleOf(answer.trackId));
+    describe(json, answer, titles_.of(answer.trackId));
     json["position_now"] = answer.recognized ? Json(answer.positionNowInSeconds) : Json();
     print(json);
   } else if (answer.recognized) {
-    std::cout << titleOf(answer.trackId) << " at " << clockTime(answer.positionNowInSeconds)
+    std::cout << titles_.of(answer.trackId) << " at " << clockTime(answer.positionNowInSeconds)
               << std::endl;
   } else {
     std::cout << "not recognized" << std::endl;
   }
-}
-
-std::string Report::titleOf(std::int32_t trackId) const {
-  const auto title = titles_.find(trackId);
-  return title == titles_.end() ? "track " + std::to_string(trackId) : title->second;
 }
 
 }  // namespace lirvox::tools

@@ -2,11 +2,11 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <optional>
 #include <string>
 
 #include "tools/Answer.h"
+#include "tools/Titles.h"
 
 namespace lirvox::tools {
 
@@ -27,9 +27,7 @@ class Report {
   void heard(const Answer& answer) const;
 
  private:
-  std::string titleOf(std::int32_t trackId) const;
-
-  const std::map<std::int32_t, std::string> titles_;
+  const Titles titles_;
   const bool json_;
 };
 

@@ -21,8 +21,9 @@ int main(int argc, char** argv) {
           "Exit status: 0 done or recognised, 1 nothing recognised, 2 usage, 3 done but some\n"
           "files failed, 4 database, 5 audio device, 6 network or update.",
       .commands = {indexCommand(), recognizeCommand(), listenCommand(), replayCommand(),
-                   devicesCommand(), fingerprintCommand(), infoCommand(), installCommand(),
-                   updateCommand(), packCommand(), publishCommand()}};
+                   devicesCommand(), fingerprintCommand(), explainCommand(), plotCommand(),
+                   infoCommand(), installCommand(), updateCommand(), packCommand(),
+                   publishCommand()}};
   try {
     return parseCommandLine(program, argc, argv)();
   } catch (const lirvox::catalog::CatalogError& error) {

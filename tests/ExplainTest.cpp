@@ -1,0 +1,119 @@
+// lirvox explain and plot: they tell what lirvox recognize does.
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "tests/support/Command.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/Tune.h"
+
+namespace lirvox::test {
+namespace {
+
+using Samples = std::vector<std::int32_t>;
+
+// Tunes 1 to 3, and tune 4 five times, under a title that is not in ASCII.
+class Explain : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    folder_ = new TemporaryFolder;
+    std::filesystem::create_directory(path("music"));
+    for (unsigned seed = 1; seed <= 3; ++seed) {
+      writeWav(path("music/tune" + std::to_string(seed) + ".wav"), makeTune(seed, 20.0));
+    }
+    for (int copy = 1; copy <= 5; ++copy) {
+      writeWav(path("music/Lied für Ελένη 雪 " + std::to_string(copy) + ".wav"), makeTune(4, 20.0));
+    }
+    ASSERT_EQ(run("index -d db music").status, 0);
+  }
+  static void TearDownTestSuite() { delete folder_; }
+
+  static std::string path(const std::string& name) { return folder_->path(name).string(); }
+  static Finished run(const std::string& arguments) {
+    const std::string folder = "'" + folder_->path().string() + "'";
+    return runCommand("cd " + folder + " && LIRVOX_CACHES_DIR=" + folder + "/caches " +
+                      LIRVOX_PROGRAM " " + arguments);
+  }
+
+  // Five seconds of a tune.
+  static Samples excerpt(unsigned seed, double from) {
+    const Samples tune = makeTune(seed, 20.0);
+    const auto begin = tune.begin() + static_cast<std::ptrdiff_t>(from * 11025);
+    return {begin, begin + 55125};
+  }
+
+  static TemporaryFolder* folder_;
+};
+
+TemporaryFolder* Explain::folder_ = nullptr;
+
+TEST_F(Explain, GivesTheAnswerOfRecognizeWithItsReason) {
+  Samples click(55125);
+  click[20000] = 10000;
+  const struct {
+    Samples samples;
+    const char* options;
+    const char* reason;
+  } cases[] = {
+      {excerpt(2, 7.5), "", "stands-out"},
+      {excerpt(2, 7.5), "--min-votes 100000", "too-few-votes"},
+      {excerpt(2, 7.5), "--seconds 0.2", "too-short"},
+      {excerpt(1, 0.0), "--start 3 --min-votes 1", "stands-out"},
+      {excerpt(4, 6.0), "", "nobody-silences"},
+      {makeTune(99, 5.0), "", "too-few-votes"},
+      {Samples(55125), "", "silence"},
+      {click, "", "no-landmarks"},
+  };
+  for (const auto& [samples, options, reason] : cases) {
+    writeRecording(path("excerpt.dat"), samples);
+    const std::string arguments = std::string(" -d db --format json excerpt.dat ") + options;
+    const Finished recognized = run("recognize" + arguments);
+    const Finished explained = run("explain" + arguments);
+    EXPECT_EQ(explained.status, recognized.status) << explained.output;
+    const auto explanation = nlohmann::json::parse(explained.output);
+    EXPECT_EQ(explanation.at("reason"), reason) << explanation.at("explanation");
+    const auto answer = nlohmann::json::parse(recognized.output);
+    for (const auto& [name, value] : answer.items()) EXPECT_EQ(explanation.at(name), value) << name;
+  }
+}
+
+TEST_F(Explain, DrawsWhateverIsInAFileAndTellsTheAnswerToo) {
+  const struct {
+    Samples samples;
+    const char* arguments;
+    int status;
+    const char* begins;  // the picture, "" for none
+    const char* says;
+  } cases[] = {
+      {excerpt(2, 7.5), "-d db -o a.png", 0, "\x89PNG", "excerpt.dat: tune2 at 0:07 ("},
+      {excerpt(4, 6.0), "-d db -o b.svg", 0, "<?xml", "Lied für Ελένη 雪"},
+      {excerpt(2, 7.5), "-d db --start 2 -o c.pdf", 0, "%PDF", "from 0:02: tune2 at 0:09"},
+      {excerpt(2, 7.5), "-o d.png", 0, "\x89PNG", "excerpt.dat\n"},
+      {Samples(55125), "-d db -o e.png", 0, "\x89PNG", "not recognized"},
+      {Samples(1000), "-d db -o f.png", 0, "\x89PNG", "not recognized"},
+      {{}, "-d db -o g.png", 3, "", "no audio"},
+      {excerpt(2, 7.5), "-d db -o h.gif", 2, "", "h.gif: a picture's name ends in"},
+      {excerpt(2, 7.5), "-d none -o i.png", 4, "", "none: no database"},
+      {excerpt(2, 7.5), "-d db -o missing/j.png", 3, "", "missing/j.png: No such file"},
+  };
+  for (const auto& [samples, arguments, status, begins, says] : cases) {
+    writeRecording(path("excerpt.dat"), samples);
+    const Finished plotted = run(std::string("plot excerpt.dat ") + arguments);
+    EXPECT_EQ(plotted.status, status) << arguments;
+    EXPECT_NE(plotted.output.find(says), std::string::npos) << arguments << plotted.output;
+    const std::string name = std::string(arguments).substr(std::string(arguments).rfind(' ') + 1);
+    std::ifstream file(path(name), std::ios::binary);
+    const std::string picture(std::istreambuf_iterator<char>(file), {});
+    EXPECT_EQ(picture.empty(), !*begins) << arguments;
+    EXPECT_EQ(picture.rfind(begins, 0), 0U) << arguments;
+  }
+}
+
+}  // namespace
+}  // namespace lirvox::test
