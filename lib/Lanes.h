@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstring>
 
 namespace lirvox {
 
@@ -12,17 +11,20 @@ using Lanes = double __attribute__((vector_size(16)));
 
 inline constexpr std::size_t kLanes = 2;
 
+// The compilers' own memcpy: GCC 12 does not make plain moves of the library's when that is
+// fortified, which costs the transform a half more.
+
 /// Reads a T at `p`, which need not be aligned for it.
 template <typename T>
 T load(const double* p) {
   T value;
-  std::memcpy(&value, p, sizeof value);
+  __builtin_memcpy(&value, p, sizeof value);
   return value;
 }
 
 template <typename T>
 void store(const T& value, double* p) {
-  std::memcpy(p, &value, sizeof value);
+  __builtin_memcpy(p, &value, sizeof value);
 }
 
 /// The larger of each lane; b where one is no number.
