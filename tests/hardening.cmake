@@ -9,9 +9,6 @@ set(traces
   "no code on the stack=GNU_STACK [^\n]* RW "
   "guarded stack frames=__stack_chk_fail"
   "fortified functions=__[a-z]+_chk@")
-if(found MATCHES "X86-64")
-  list(APPEND traces "guarded jumps=x86 feature: IBT, SHSTK")
-endif()
 foreach(trace IN LISTS traces)
   string(REGEX MATCH "^([^=]+)=(.+)$" unused "${trace}")
   set(name "${CMAKE_MATCH_1}")
