@@ -2,16 +2,10 @@
 #include "catalog/CatalogCommit.h"
 
 #include <algorithm>
-#include <limits>
 #include <string>
 #include <tuple>
 
 namespace lirvox::catalog {
-namespace {
-
-constexpr const char* kLimitNote = "common hash limit";
-
-}  // namespace
 
 CatalogCommit::CatalogCommit(CatalogFile& file, const CommonHashRule& rule)
     : file_(file), database_(file.database()), rule_(rule) {}
@@ -32,8 +26,7 @@ void CatalogCommit::run(const std::vector<NewTrack>& tracks) {
 void CatalogCommit::loadCounts() {
   oldCounts_ = file_.hashCounts();
   counts_ = oldCounts_;
-  oldLimit_ = static_cast<std::uint32_t>(
-      file_.note(kLimitNote).value_or(std::numeric_limits<std::uint32_t>::max()));
+  oldLimit_ = file_.commonHashLimit();
 }
 
 // Ids count from 1: an id of 0 could not be told from no result. A track whose path is
@@ -143,15 +136,8 @@ void CatalogCommit::writeTracks(const std::vector<NewTrack>& tracks,
 }
 
 void CatalogCommit::writeNotes() {
-  double rows = 0.0;
-  double heldRows = 0.0;
-  for (std::uint32_t hash = 0; hash < kHashes; ++hash) {
-    (isHeld(hash) ? heldRows : rows) += counts_[hash];
-  }
-  file_.setHashCounts(counts_);
-  file_.setNote(kLimitNote, limit_);
-  file_.setNote("rows", rows);
-  file_.setNote("held rows", heldRows);
+  file_.setNote("common hashes", rule_.timesMean);
+  file_.setHashCounts(counts_, limit_);
 }
 
 }  // namespace lirvox::catalog
