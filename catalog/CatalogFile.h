@@ -20,6 +20,10 @@ constexpr int kApplicationId = 0x4C727678;
 /// Version of the tables.
 constexpr int kUserVersion = 1;
 
+/// The note of the largest id that was ever given, if that track may be gone: what devices
+/// and people remember of an id must not become another track's.
+constexpr const char* kLargestIdNote = "largest id";
+
 /// Opens, creates and publishes the file; knows its tables, not their rows.
 class CatalogFile {
  public:

@@ -22,7 +22,8 @@ int main(int argc, char** argv) {
           "files failed, 4 database, 5 audio device, 6 network or update.",
       .commands = {indexCommand(), recognizeCommand(), listenCommand(), replayCommand(),
                    devicesCommand(), fingerprintCommand(), infoCommand(), installCommand(),
-                   updateCommand(), packCommand(), publishCommand()}};
+                   updateCommand(), packCommand(), publishCommand(), listCommand(), removeCommand(),
+                   renameCommand(), mergeCommand(), verifyCommand(), duplicatesCommand()}};
   try {
     return parseCommandLine(program, argc, argv)();
   } catch (const lirvox::catalog::CatalogError& error) {
