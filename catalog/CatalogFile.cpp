@@ -125,7 +125,10 @@ std::uint32_t CatalogFile::commonHashLimit() {
 void CatalogFile::publish() {
   if (!unpublished_) return;
   database_.reset();
-  const std::error_code error = unpublished_.moveTo(fs::path(path_).filename());
+  // A journal of a file that had this name would be taken for the new one's.
+  std::error_code error;
+  fs::remove(path_ + "-journal", error);
+  error = unpublished_.moveTo(fs::path(path_).filename());
   if (error) throw CatalogError(path_ + ": " + error.message());
   openExisting();
 }
