@@ -13,7 +13,7 @@ namespace lirvox::catalog {
 /// Two tracks that have sound in common.
 struct Duplicate {
   enum class Relation {
-    same,      ///< nearly all of each is in the other
+    same,      ///< nearly all of each is in the other, and they are about as long
     contains,  ///< nearly all of `other` is in `track`
     shares,    ///< a passage is in both
   };
@@ -34,7 +34,7 @@ struct Duplicate {
 /// all of a track. Recordings played at another speed are not found.
 ///
 /// Reads the rows twice. Of each half minute of a track the rarest hashes are looked up, so
-/// that the time grows with the catalogue and not with its square; memory holds about 40 kB
+/// that the time grows with the catalogue and not with its square; memory holds about 70 kB
 /// for an hour of sound. Throws `CatalogError`.
 std::vector<Duplicate> findDuplicates(const std::string& path, double leastSeconds,
                                       const ProgressHandler& progress);

@@ -18,6 +18,8 @@ constexpr double kRowsInCommon = 0.08;
 constexpr int kLeastRowsInCommon = 2;
 // What is nearly all of a track: fades and lossy coding cost some.
 constexpr double kNearlyAll = 0.7;
+// What is shorter than this part of a recording is an edit of it.
+constexpr double kSameLength = 0.9;
 
 void count(std::vector<std::uint16_t>& seconds, std::int32_t frame) {
   const auto second = static_cast<std::size_t>(frame / kSecondInFrames);
@@ -112,19 +114,20 @@ Duplicate Overlaps::describe(const Pair& pair) const {
   duplicate.track = pair.first;
   duplicate.other = pair.second;
   duplicate.offsetInSeconds = best->offset * secondsPerFrame;
-  const double inFirst = covered(pair, true, nullptr);
-  const double inSecond = covered(pair, false, nullptr);
-  duplicate.secondsInCommon = std::min(inFirst, inSecond);
-  duplicate.shareOfTrack = inFirst / std::max(1.0, audible(pair.first));
-  duplicate.shareOfOther = inSecond / std::max(1.0, audible(pair.second));
-  if (rows_.at(pair.first).size() < rows_.at(pair.second).size()) {
+  // Where one track repeats what the other has once, that counts once.
+  duplicate.secondsInCommon = std::min(covered(pair, true, nullptr), covered(pair, false, nullptr));
+  double length = std::max(1.0, audible(pair.first));
+  double otherLength = std::max(1.0, audible(pair.second));
+  if (length < otherLength) {
+    std::swap(length, otherLength);
     std::swap(duplicate.track, duplicate.other);
-    std::swap(duplicate.shareOfTrack, duplicate.shareOfOther);
     duplicate.offsetInSeconds = -duplicate.offsetInSeconds;
   }
+  duplicate.shareOfTrack = duplicate.secondsInCommon / length;
+  duplicate.shareOfOther = duplicate.secondsInCommon / otherLength;
   if (duplicate.shareOfOther >= kNearlyAll) {
-    duplicate.relation = duplicate.shareOfTrack >= kNearlyAll ? Duplicate::Relation::same
-                                                              : Duplicate::Relation::contains;
+    const bool isSame = duplicate.shareOfTrack >= kNearlyAll && otherLength >= kSameLength * length;
+    duplicate.relation = isSame ? Duplicate::Relation::same : Duplicate::Relation::contains;
   }
   return duplicate;
 }

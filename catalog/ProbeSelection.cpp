@@ -7,7 +7,7 @@ namespace lirvox::catalog {
 namespace {
 
 constexpr std::int32_t kSegmentInFrames = 1292;  // half a minute
-constexpr std::size_t kProbesPerSegment = 24;
+constexpr std::size_t kProbesPerSegment = 48;
 
 void offer(std::vector<Probe>& heap, const Probe& probe) {
   if (heap.size() == kProbesPerSegment) {

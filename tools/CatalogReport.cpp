@@ -76,6 +76,13 @@ std::string nameOf(const ListedTrack& track) {
   return std::to_string(track.id) + (title.empty() ? "" : " " + title);
 }
 
+// To a tenth of a second.
+std::string preciseTime(double seconds) {
+  const long long tenths = std::llround(std::abs(seconds) * 10.0);
+  const char* const sign = seconds < 0 && tenths > 0 ? "-" : "";
+  return sign + clockTime(static_cast<double>(tenths / 10)) + '.' + std::to_string(tenths % 10);
+}
+
 std::string percent(double share) {
   return std::to_string(std::lround(100.0 * share)) + " %";
 }
@@ -168,7 +175,7 @@ void CatalogReport::duplicates(const std::vector<Duplicate>& duplicates,
       continue;
     }
     rows.push_back({nameOf(track), relationOf(duplicate), nameOf(other),
-                    clockTime(duplicate.offsetInSeconds), clockTime(duplicate.secondsInCommon),
+                    preciseTime(duplicate.offsetInSeconds), clockTime(duplicate.secondsInCommon),
                     percent(duplicate.shareOfTrack), percent(duplicate.shareOfOther)});
   }
   if (rows.size() > 1) std::cout << alignedLines(rows);

@@ -16,7 +16,7 @@ std::size_t widthOf(const std::string& text) {
 }
 
 bool isNumber(const std::string& text) {
-  return text.find_first_not_of("0123456789:") == std::string::npos;
+  return text.find_first_not_of("0123456789:.-") == std::string::npos;
 }
 
 std::string printable(std::string text) {
