@@ -260,7 +260,7 @@ TEST_F(Keeping, DuplicatesAreFoundWithTheirOffset) {
     std::int32_t track, other;
     Duplicate::Relation relation;
     double offset, shareOfTrack;
-  } expected[] = {{9, 1, Duplicate::Relation::same, 215 * 256 / 11025.0, 1.0},
+  } expected[] = {{1, 9, Duplicate::Relation::same, -215 * 256 / 11025.0, 1.0},
                   {2, 10, Duplicate::Relation::contains, 860 * 256 / 11025.0, 0.33},
                   {3, 11, Duplicate::Relation::shares, 0.0, 0.2}};
   for (std::size_t i = 0; i < 3; ++i) {
