@@ -1,5 +1,6 @@
 // The lirvox program.
 #include <exception>
+#include <iostream>
 
 #include "catalog/CatalogError.h"
 #include "tools/CommandLine.h"
@@ -25,7 +26,10 @@ int main(int argc, char** argv) {
                    updateCommand(), packCommand(), publishCommand(), listCommand(), removeCommand(),
                    renameCommand(), mergeCommand(), verifyCommand(), duplicatesCommand()}};
   try {
-    return parseCommandLine(program, argc, argv)();
+    const int status = parseCommandLine(program, argc, argv)();
+    if (std::cout.flush()) return status;
+    complain("the output could not be written");
+    return exitSomeFailed;
   } catch (const lirvox::catalog::CatalogError& error) {
     complain(error.what());
     return exitDatabase;
