@@ -79,7 +79,6 @@ void Catalog::commit() {
             [](const NewTrack& a, const NewTrack& b) { return a.info.path < b.info.path; });
   try {
     naming(path_, [&] {
-      file_->setNote("common hashes", commonHashRule_.timesMean);
       CatalogCommit(*file_, commonHashRule_).run(pending_);
       file_->publish();
     });

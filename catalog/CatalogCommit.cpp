@@ -2,16 +2,10 @@
 #include "catalog/CatalogCommit.h"
 
 #include <algorithm>
-#include <limits>
 #include <string>
 #include <tuple>
 
 namespace lirvox::catalog {
-namespace {
-
-constexpr const char* kLimitNote = "common hash limit";
-
-}  // namespace
 
 CatalogCommit::CatalogCommit(CatalogFile& file, const CommonHashRule& rule)
     : file_(file), database_(file.database()), rule_(rule) {}
@@ -29,18 +23,41 @@ void CatalogCommit::run(const std::vector<NewTrack>& tracks) {
   transaction.commit();
 }
 
+void CatalogCommit::remove(const std::unordered_set<std::int32_t>& tracks) {
+  SQLite::Transaction transaction(database_, SQLite::TransactionBehavior::IMMEDIATE);
+  loadCounts();
+  file_.setNote(kLargestIdNote, largestId());
+  removeRows(tracks);
+  limit_ = commonHashLimit(counts_, rule_);
+  moveRows();
+  for (const std::string table : {"tracks", "sources"}) {
+    SQLite::Statement statement(database_, "DELETE FROM " + table + " WHERE track_id = ?");
+    for (const std::int32_t track : tracks) {
+      statement.bind(1, track);
+      statement.exec();
+      statement.reset();
+    }
+  }
+  writeNotes();
+  transaction.commit();
+}
+
 void CatalogCommit::loadCounts() {
   oldCounts_ = file_.hashCounts();
   counts_ = oldCounts_;
-  oldLimit_ = static_cast<std::uint32_t>(
-      file_.note(kLimitNote).value_or(std::numeric_limits<std::uint32_t>::max()));
+  oldLimit_ = file_.commonHashLimit();
+}
+
+// The largest id that was ever given.
+std::int32_t CatalogCommit::largestId() {
+  return std::max(static_cast<std::int32_t>(file_.note(kLargestIdNote).value_or(0)),
+                  database_.execAndGet("SELECT coalesce(max(track_id), 0) FROM tracks").getInt());
 }
 
 // Ids count from 1: an id of 0 could not be told from no result. A track whose path is
 // known keeps its id and loses its rows.
 std::vector<std::int32_t> CatalogCommit::assignIds(const std::vector<NewTrack>& tracks) {
-  std::int32_t next =
-      database_.execAndGet("SELECT coalesce(max(track_id), 0) FROM tracks").getInt() + 1;
+  std::int32_t next = largestId() + 1;
   SQLite::Statement known(database_, "SELECT track_id FROM sources WHERE path = ?");
   std::unordered_set<std::int32_t> replaced;
   std::vector<std::int32_t> ids;
@@ -143,15 +160,8 @@ void CatalogCommit::writeTracks(const std::vector<NewTrack>& tracks,
 }
 
 void CatalogCommit::writeNotes() {
-  double rows = 0.0;
-  double heldRows = 0.0;
-  for (std::uint32_t hash = 0; hash < kHashes; ++hash) {
-    (isHeld(hash) ? heldRows : rows) += counts_[hash];
-  }
-  file_.setHashCounts(counts_);
-  file_.setNote(kLimitNote, limit_);
-  file_.setNote("rows", rows);
-  file_.setNote("held rows", heldRows);
+  file_.setNote("common hashes", rule_.timesMean);
+  file_.setHashCounts(counts_, limit_);
 }
 
 }  // namespace lirvox::catalog

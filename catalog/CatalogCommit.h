@@ -11,13 +11,16 @@
 
 namespace lirvox::catalog {
 
-/// Adds tracks to the file in one transaction. Used once.
+/// Adds tracks to the file, or removes some, in one transaction. Used once.
 class CatalogCommit {
  public:
   CatalogCommit(CatalogFile& file, const CommonHashRule& rule);
 
   /// Writes `tracks` and decides anew which hashes are common.
   void run(const std::vector<NewTrack>& tracks);
+
+  /// Removes tracks, and decides anew which hashes are common. Ids are not given again.
+  void remove(const std::unordered_set<std::int32_t>& tracks);
 
  private:
   struct Row {
@@ -28,6 +31,7 @@ class CatalogCommit {
 
   void loadCounts();
   std::vector<std::int32_t> assignIds(const std::vector<NewTrack>& tracks);
+  std::int32_t largestId();
   void removeRows(const std::unordered_set<std::int32_t>& tracks);
   void gatherRows(const std::vector<NewTrack>& tracks, const std::vector<std::int32_t>& ids);
   void moveRows();

@@ -1,14 +1,11 @@
 // The SQLite file behind a catalogue.
 #include "catalog/CatalogFile.h"
 
-#include <cerrno>
 #include <filesystem>
+#include <limits>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
-
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace lirvox::catalog {
 namespace {
@@ -16,6 +13,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int kBusyTimeoutInMilliseconds = 10'000;
+constexpr const char* kLimitNote = "common hash limit";
 
 // Clustered on the hash: a lookup reads each hash's rows from one place, and a row
 // takes 15 to 16 bytes, against 28 with a separate index.
@@ -31,14 +29,6 @@ constexpr const char* kTables = R"(
   CREATE TABLE config(key TEXT PRIMARY KEY, value NOT NULL) WITHOUT ROWID;
 )";
 
-// Makes what was written to `path`, a file or a folder, outlast a loss of power.
-void synchronize(const std::string& path) {
-  const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (descriptor < 0) return;
-  ::fsync(descriptor);
-  ::close(descriptor);
-}
-
 std::string parentOf(const std::string& path) {
   const std::string parent = fs::path(path).parent_path().string();
   return parent.empty() ? "." : parent;
@@ -46,27 +36,17 @@ std::string parentOf(const std::string& path) {
 
 }  // namespace
 
-CatalogFile::CatalogFile(std::string path) : path_(std::move(path)) {
+CatalogFile::CatalogFile(std::string path, Which which) : path_(std::move(path)) {
   std::error_code ignored;
   const bool exists = fs::exists(path_, ignored) && fs::file_size(path_, ignored) > 0;
-  try {
-    naming(path_, [&] { exists ? openExisting() : createNew(); });
-  } catch (...) {
-    abandonNew();
-    throw;
-  }
-}
-
-CatalogFile::~CatalogFile() {
-  abandonNew();
+  const bool isNew = which == Which::created || (which == Which::existingOrNew && !exists);
+  naming(path_, [&] { isNew ? createNew() : openExisting(); });
 }
 
 void CatalogFile::abandonNew() {
-  if (unpublished_.empty()) return;
+  if (!unpublished_) return;
   database_.reset();
-  std::error_code ignored;
-  fs::remove(unpublished_, ignored);
-  unpublished_.clear();
+  unpublished_ = {};
 }
 
 SQLite::Database& CatalogFile::database() {
@@ -77,22 +57,19 @@ SQLite::Database& CatalogFile::database() {
 void CatalogFile::openExisting() {
   database_ =
       std::make_unique<SQLite::Database>(path_, SQLite::OPEN_READWRITE, kBusyTimeoutInMilliseconds);
-  if (database_->execAndGet("PRAGMA application_id").getInt() != kApplicationId) {
-    throw CatalogError(path_ + ": not a catalogue that lirvox index has made");
-  }
-  if (database_->execAndGet("PRAGMA user_version").getInt() != kUserVersion) {
-    throw CatalogError(path_ + ": made by another version of lirvox");
-  }
+  expectCatalog(*database_, path_);
   database_->exec("PRAGMA cache_size = -65536");
 }
 
 void CatalogFile::createNew() {
+  const std::string folder = parentOf(path_);
   std::error_code error;
-  fs::create_directories(parentOf(path_), error);
-  unpublished_ = path_ + ".new-" + std::to_string(::getpid());
-  fs::remove(unpublished_, error);
+  fs::create_directories(folder, error);
+  platform::removeAbandonedFiles(folder);
+  unpublished_ = platform::TemporaryFile::createIn(folder, error);
+  if (error) throw CatalogError(path_ + ": " + error.message());
   database_ = std::make_unique<SQLite::Database>(
-      unpublished_, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, kBusyTimeoutInMilliseconds);
+      folder + '/' + unpublished_.name(), SQLite::OPEN_READWRITE, kBusyTimeoutInMilliseconds);
   // A file that nobody knows of yet needs no journal.
   database_->exec(
       "PRAGMA journal_mode = OFF; PRAGMA synchronous = OFF; PRAGMA cache_size = -65536");
@@ -127,22 +104,32 @@ HashCounts CatalogFile::hashCounts() {
   }
 }
 
-void CatalogFile::setHashCounts(const HashCounts& counts) {
+void CatalogFile::setHashCounts(const HashCounts& counts, std::uint32_t limit) {
   SQLite::Statement update(database(), "INSERT OR REPLACE INTO config VALUES('hash_counts', ?)");
   const std::string packed = pack(counts);
   update.bindNoCopy(1, packed.data(), static_cast<int>(packed.size()));
   update.exec();
+  double rows = 0.0;
+  double heldRows = 0.0;
+  for (const std::uint32_t count : counts) (count > limit ? heldRows : rows) += count;
+  setNote(kLimitNote, limit);
+  setNote("rows", rows);
+  setNote("held rows", heldRows);
+}
+
+std::uint32_t CatalogFile::commonHashLimit() {
+  return static_cast<std::uint32_t>(
+      note(kLimitNote).value_or(std::numeric_limits<std::uint32_t>::max()));
 }
 
 void CatalogFile::publish() {
-  if (unpublished_.empty()) return;
+  if (!unpublished_) return;
   database_.reset();
-  synchronize(unpublished_);
+  // A journal of a file that had this name would be taken for the new one's.
   std::error_code error;
-  fs::rename(unpublished_, path_, error);
+  fs::remove(path_ + "-journal", error);
+  error = unpublished_.moveTo(fs::path(path_).filename());
   if (error) throw CatalogError(path_ + ": " + error.message());
-  unpublished_.clear();
-  synchronize(parentOf(path_));
   openExisting();
 }
 

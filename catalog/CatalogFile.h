@@ -9,8 +9,9 @@
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <SQLiteCpp/VariadicBind.h>
 
-#include "catalog/CatalogError.h"
+#include "catalog/DatabaseFile.h"
 #include "catalog/HashCounts.h"
+#include "lib/platform/TemporaryFile.h"
 
 namespace lirvox::catalog {
 
@@ -19,13 +20,22 @@ constexpr int kApplicationId = 0x4C727678;
 /// Version of the tables.
 constexpr int kUserVersion = 1;
 
+/// The note of the largest id that was ever given, if that track may be gone: what devices
+/// and people remember of an id must not become another track's.
+constexpr const char* kLargestIdNote = "largest id";
+
 /// Opens, creates and publishes the file; knows its tables, not their rows.
 class CatalogFile {
  public:
-  /// Opens the catalogue at `path`. Where there is none, creates one beside it, which
-  /// `publish` moves into place and the destructor removes otherwise.
-  explicit CatalogFile(std::string path);
-  ~CatalogFile();
+  enum class Which {
+    existing,       ///< the one that is there; it is an error if there is none
+    existingOrNew,  ///< where there is none, a new one
+    created,        ///< a new one; what is there is replaced when it is published
+  };
+
+  /// Opens the catalogue at `path`. A new one is a file beside it, which `publish` moves
+  /// into place and the destructor removes otherwise.
+  explicit CatalogFile(std::string path, Which which = Which::existingOrNew);
 
   CatalogFile(const CatalogFile&) = delete;
   CatalogFile& operator=(const CatalogFile&) = delete;
@@ -39,7 +49,10 @@ class CatalogFile {
 
   /// The rows per hash that the last commit left; all 0 in a new catalogue.
   HashCounts hashCounts();
-  void setHashCounts(const HashCounts& counts);
+  /// Notes the rows per hash, and those of hashes with more than `limit` rows as held.
+  void setHashCounts(const HashCounts& counts, std::uint32_t limit);
+  /// The limit that was noted with the counts; none is held in a new catalogue.
+  std::uint32_t commonHashLimit();
 
   /// Moves a new file into place, whole. Does nothing for one that was there before.
   void publish();
@@ -53,18 +66,8 @@ class CatalogFile {
   void createNew();
 
   const std::string path_;
-  std::string unpublished_;  // where a new file is until it is published
+  platform::TemporaryFile unpublished_;  // a new file, until it is published
   std::unique_ptr<SQLite::Database> database_;
 };
-
-/// Runs `work` and turns what SQLite throws into a `CatalogError` that names `path`.
-template <typename Work>
-auto naming(const std::string& path, Work work) {
-  try {
-    return work();
-  } catch (const SQLite::Exception& error) {
-    throw CatalogError(path + ": " + error.what());
-  }
-}
 
 }  // namespace lirvox::catalog

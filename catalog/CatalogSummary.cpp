@@ -3,19 +3,9 @@
 
 #include <filesystem>
 
-#include "catalog/CatalogFile.h"
+#include "catalog/DatabaseFile.h"
 
 namespace lirvox::catalog {
-namespace {
-
-constexpr int kBusyTimeoutInMilliseconds = 2'000;
-
-SQLite::Database openForReading(const std::string& path) {
-  return {path, SQLite::OPEN_READWRITE, kBusyTimeoutInMilliseconds};
-}
-
-}  // namespace
-
 CatalogSummary summarize(const std::string& path) {
   return naming(path, [&] {
     SQLite::Database database = openForReading(path);

@@ -19,9 +19,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Not a catalogue, which could be added to ("Lrvd").
-constexpr int kDeviceApplicationId = 0x4C727664;
-
 // Clustered as a catalogue is. Written in order, pages are full and the bytes depend on
 // the content alone.
 constexpr const char* kTables = R"(

@@ -7,6 +7,9 @@
 
 namespace lirvox::catalog {
 
+/// Marks a database as one for devices ("Lrvd"): not a catalogue, which could be added to.
+constexpr int kDeviceApplicationId = 0x4C727664;
+
 /// A copy of a database with what a device needs and nothing else: the tables `db` and
 /// `tracks`, the latter without the paths of the files, which are nobody's business.
 /// It is a file in a given folder and goes with the object.

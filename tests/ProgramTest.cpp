@@ -90,6 +90,38 @@ TEST_F(Program, SkipsWhatIsUnchangedAndReplacesWhatHasChanged) {
   EXPECT_NE(run("info").output.find("Video id's: 1,2,3\n"), std::string::npos);
 }
 
+TEST_F(Program, KeepsACatalogueAndAsksBeforeItLosesAnything) {
+  ASSERT_EQ(run("index -d a.sqlite music/tune1.wav music/tune2.wav").status, 0);
+  ASSERT_EQ(run("index -d b.sqlite music/tune3.wav").status, 0);
+  std::filesystem::copy(path("music/tune1.wav"), path("copy.wav"));
+  ASSERT_EQ(run("index -d c.sqlite copy.wav").status, 0);
+  const struct {
+    const char* arguments;
+    int status;
+    const char* says;
+  } cases[] = {
+      {"merge -o all.sqlite a.sqlite b.sqlite c.sqlite", 0, "4 tracks"},
+      {"merge -o all.sqlite a.sqlite < /dev/null", 2, "--yes"},
+      {"duplicates -d all.sqlite --format json", 0, R"("relation":"same","track_id":1)"},
+      {"remove -d all.sqlite copy < /dev/null", 2, "Remove 1 track from all.sqlite?"},
+      {"list -d all.sqlite --format csv copy", 0, "4,\"copy\",\"\","},
+      {"remove -d all.sqlite --yes copy nosuch", 3, "nosuch: no such track"},
+      {"remove -d all.sqlite --yes copy", 0, "1 track removed"},
+      {"rename -d all.sqlite tune3 --title 'New Name' --artist Me", 0, "Me - New Name"},
+      {"rename -d all.sqlite '*' --title x", 3, "3 tracks match"},
+      {"recognize -d all.sqlite music/tune3.wav", 0, "Me - New Name at 0:00"},
+      {"merge --yes -o a.sqlite all.sqlite", 0, "3 tracks"},
+      {"verify -d a.sqlite", 0, "a sound catalogue"},
+      {"list -d none.sqlite", 4, "none.sqlite: no database there"},
+      {"verify -d music/tune1.wav", 4, "damages of the file"},
+  };
+  for (const auto& [arguments, status, says] : cases) {
+    const Finished result = run(arguments);
+    EXPECT_EQ(result.status, status) << arguments << '\n' << result.output;
+    EXPECT_NE(result.output.find(says), std::string::npos) << arguments << '\n' << result.output;
+  }
+}
+
 TEST_F(Program, ExitStatusTellsWhatWentWrong) {
   std::ofstream(path("text.sqlite")) << "this is no database, however long it may be";
   const struct {

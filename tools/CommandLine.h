@@ -32,7 +32,7 @@ struct Option {
   /// Where the value goes. What stands there is the default, and the help shows it; a bool
   /// makes a switch, a vector an argument that repeats.
   std::variant<bool*, int*, double*, std::string*, std::optional<int>*, std::optional<double>*,
-               std::vector<std::string>*>
+               std::optional<std::string>*, std::vector<std::string>*>
       value;
   std::string help;
   std::string unit = {};  ///< what stands for the value in the help, as in SECONDS
@@ -75,6 +75,12 @@ Command installCommand();
 Command updateCommand();
 Command packCommand();
 Command publishCommand();
+Command listCommand();
+Command removeCommand();
+Command renameCommand();
+Command mergeCommand();
+Command verifyCommand();
+Command duplicatesCommand();
 
 /// The option -d, which stands for the installed database unless given.
 Option databaseOption(std::string& path);

@@ -1,5 +1,6 @@
 // The lirvox program.
 #include <exception>
+#include <iostream>
 
 #include "catalog/CatalogError.h"
 #include "tools/CommandLine.h"
@@ -23,9 +24,13 @@ int main(int argc, char** argv) {
       .commands = {indexCommand(), recognizeCommand(), listenCommand(), replayCommand(),
                    devicesCommand(), fingerprintCommand(), explainCommand(), plotCommand(),
                    infoCommand(), installCommand(), updateCommand(), packCommand(),
-                   publishCommand()}};
+                   publishCommand(), listCommand(), removeCommand(), renameCommand(),
+                   mergeCommand(), verifyCommand(), duplicatesCommand()}};
   try {
-    return parseCommandLine(program, argc, argv)();
+    const int status = parseCommandLine(program, argc, argv)();
+    if (std::cout.flush()) return status;
+    complain("the output could not be written");
+    return exitSomeFailed;
   } catch (const lirvox::catalog::CatalogError& error) {
     complain(error.what());
     return exitDatabase;
