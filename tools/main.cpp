@@ -1,9 +1,11 @@
 // The lirvox program.
 #include <exception>
+#include <string_view>
 
 #include "catalog/CatalogError.h"
 #include "tools/CommandLine.h"
 #include "tools/Console.h"
+#include "tools/HelpFiles.h"
 
 using namespace lirvox::tools;
 
@@ -24,6 +26,11 @@ int main(int argc, char** argv) {
                    devicesCommand(), fingerprintCommand(), infoCommand(), installCommand(),
                    updateCommand(), packCommand(), publishCommand()}};
   try {
+    // For the build, which installs them.
+    if (argc == 3 && std::string_view(argv[1]) == "--write-help-files") {
+      writeHelpFiles(program, argv[2]);
+      return exitDone;
+    }
     return parseCommandLine(program, argc, argv)();
   } catch (const lirvox::catalog::CatalogError& error) {
     complain(error.what());
