@@ -120,6 +120,17 @@ LIRVOX_C_EXPORT lirvox_status lirvox_platform_set_directories(lirvox_platform* p
  * programs that only install or update databases. Threads: one at a time. */
 LIRVOX_C_EXPORT lirvox_status lirvox_platform_use_no_sound(lirvox_platform* platform);
 
+/* A request of an update runs: how many bytes of the answer there are, and how many there
+ * will be, -1 while unknown. The first request asks for the generation, which takes a few
+ * bytes; the second one fetches the archive. Called a few times a second on one thread of
+ * the library's, and once at the end of each request. */
+typedef void (*lirvox_download_progress)(void* context, int64_t received, int64_t expected);
+
+/* Tells the host how far downloads have come. Threads: one at a time. */
+LIRVOX_C_EXPORT lirvox_status lirvox_platform_set_download_progress(
+    lirvox_platform* platform, lirvox_download_progress progress, void* context,
+    lirvox_release release);
+
 /* --- Main queue: on which thread the delegate is called ------------------------------- */
 
 /* Without any of these, it is a thread of the library's. */

@@ -62,6 +62,24 @@ inline bool operator!=(const AudioStreamBasicDescription& a, const AudioStreamBa
   return !(a == b);
 }
 
+/// Packed linear PCM in one buffer: signed integers of 16, 24 (in 3 bytes) or 32 bits, or
+/// floats of 32 or 64.
+inline AudioStreamBasicDescription interleavedPcm(std::uint32_t sampleRateInHz,
+                                                  std::uint32_t channels,
+                                                  std::uint32_t bitsPerChannel,
+                                                  bool isFloat = false) {
+  AudioStreamBasicDescription format;
+  format.sampleRate = sampleRateInHz;
+  format.formatID = audioFormatLinearPCM;
+  format.formatFlags =
+      audioFormatFlagIsPacked | (isFloat ? audioFormatFlagIsFloat : audioFormatFlagIsSignedInteger);
+  format.bytesPerFrame = format.bytesPerPacket = bitsPerChannel / 8 * channels;
+  format.framesPerPacket = 1;
+  format.channelsPerFrame = channels;
+  format.bitsPerChannel = bitsPerChannel;
+  return format;
+}
+
 /// Samples of one channel, or of several that are interleaved. Says nothing
 /// about who owns `data`.
 struct AudioBuffer {
