@@ -61,6 +61,20 @@ TEST_F(Examples, BuildACatalogueAndRecognizeAgainstIt) {
   }
 }
 
+TEST_F(Examples, WriteADatabaseInPython) {
+  const std::string tune = folder_.path("music/tune3.wav").string();
+  const std::string database = " -d " + folder_.path("python.sqlite").string() + ' ';
+  const std::string program = environment_ + LIRVOX_PROGRAM " ";
+  const Finished write =
+      runCommand(program + "fingerprint " + tune + " | python3 " + LIRVOX_DATABASE_WRITER " " +
+                 folder_.path("python.sqlite").string() + " 7 'A song'");
+  EXPECT_EQ(write.status, 0) << write.output;
+  const Finished info = runCommand(program + "info" + database);
+  EXPECT_NE(info.output.find("Video id's: 7\nTracks: 1\n"), std::string::npos) << info.output;
+  const Finished found = runCommand(program + "recognize --start 8" + database + tune);
+  EXPECT_NE(found.output.find(": A song at 0:0"), std::string::npos) << found.output;
+}
+
 #if LIRVOX_WITH_PULSE
 TEST_F(Examples, ListenWhereTheHostWantsThemTo) {
   if (!PulseServer::isInstalled()) GTEST_SKIP() << "PulseAudio is not installed";
