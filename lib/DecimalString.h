@@ -13,16 +13,21 @@ namespace lirvox {
 class DecimalString {
  public:
   constexpr DecimalString() = default;
+  /// The text of `value`.
   constexpr explicit DecimalString(std::int32_t value) : value_(value) {}
 
+  /// What the text says, as a number.
   constexpr std::int32_t intValue() const { return value_; }
   constexpr float floatValue() const { return static_cast<float>(value_); }
 
+  /// The text itself.
   std::string string() const { return std::to_string(value_); }
 
+  /// Equal texts are equal numbers.
   friend constexpr bool operator==(DecimalString a, DecimalString b) {
     return a.value_ == b.value_;
   }
+  /// Whether the texts differ.
   friend constexpr bool operator!=(DecimalString a, DecimalString b) { return !(a == b); }
 
   /// Text order, character by character.

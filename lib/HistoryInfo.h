@@ -19,10 +19,10 @@ namespace lirvox {
 ///
 /// Made by `LirvoxUtilities::initHistoryInfo`; used by one thread at a time.
 struct LIRVOX_EXPORT HistoryInfo {
-  Spectrogram specgram0;
-  Spectrogram specgram1;
-  Spectrogram specgram2;
-  Spectrogram specgram3;
+  Spectrogram specgram0;  ///< shift 0
+  Spectrogram specgram1;  ///< shift 1
+  Spectrogram specgram2;  ///< shift 2
+  Spectrogram specgram3;  ///< shift 3
   /// True until the first block has been processed.
   bool firstBlock = true;
   /// True once `tail` holds the end of the previous block.
@@ -32,6 +32,7 @@ struct LIRVOX_EXPORT HistoryInfo {
   /// The spectrum of the most recent frame; it belongs to the FFT engine.
   DoubleSplitComplex lastSpectrum;
 
+  /// Frames of the spectrogram of that shift.
   std::int32_t frameCount0() const { return specgram0.frameCount(); }
   std::int32_t frameCount1() const { return specgram1.frameCount(); }
   std::int32_t frameCount2() const { return specgram2.frameCount(); }

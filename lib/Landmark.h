@@ -10,25 +10,26 @@ namespace lirvox {
 
 /// A local maximum of a spectrogram; `bin` in [0, 256).
 struct Peak {
-  std::int32_t frame;
-  std::int32_t bin;
+  std::int32_t frame;  ///< time
+  std::int32_t bin;    ///< frequency
 };
 
 /// An anchor peak (t1, f1) and a later peak (t1 + dt, f2): dt in [2, 62] and
 /// f2 - f1 in [-30, 30].
 struct Landmark {
-  std::int32_t t1;
-  std::int32_t f1;
-  std::int32_t f2;
-  std::int32_t dt;
+  std::int32_t t1;  ///< time of the anchor
+  std::int32_t f1;  ///< frequency of the anchor
+  std::int32_t f2;  ///< frequency of the later peak
+  std::int32_t dt;  ///< how much later that is
 };
 
 /// A landmark folded into a 20-bit hash, and the frame of its anchor.
 struct QueryHash {
-  std::int32_t time;
-  std::int32_t hash;
+  std::int32_t time;  ///< of the anchor
+  std::int32_t hash;  ///< in [0, 2^20)
 };
 
+/// Field by field.
 inline bool operator==(const Peak& a, const Peak& b) {
   return a.frame == b.frame && a.bin == b.bin;
 }

@@ -10,8 +10,8 @@ namespace lirvox {
 
 /// A complex array as two arrays of equal length, one of real and one of imaginary parts.
 struct DoubleSplitComplex {
-  double* realp = nullptr;
-  double* imagp = nullptr;
+  double* realp = nullptr;  ///< real parts
+  double* imagp = nullptr;  ///< imaginary parts
 };
 
 struct LirvoxAudioFFTInfo;

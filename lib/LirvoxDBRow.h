@@ -7,6 +7,7 @@ namespace lirvox {
 
 /// One landmark of one track.
 struct LirvoxDBRow {
+  /// The track (column `track_id`).
   DecimalString track_id;
   /// Frame of the landmark's anchor in the track (column `num1`).
   DecimalString time_in_track;

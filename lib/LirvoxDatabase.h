@@ -78,6 +78,7 @@ class LIRVOX_EXPORT LirvoxDatabase {
   const std::optional<std::string>& databasePath() const { return databasePath_; }
   void setDatabasePath(std::optional<std::string> path);
 
+  /// Of the SQLite library that is in use.
   static std::string sqliteLibVersion();
   static bool isSQLiteThreadSafe();
 

@@ -8,9 +8,9 @@ namespace lirvox {
 
 /// Why an operation failed. Codes are unique within a domain only.
 struct LirvoxError {
-  std::string domain;
-  std::int32_t code = 0;
-  std::string localizedDescription;
+  std::string domain;                ///< who names the codes
+  std::int32_t code = 0;             ///< within the domain
+  std::string localizedDescription;  ///< for people
 };
 
 }  // namespace lirvox

@@ -12,6 +12,7 @@ struct LirvoxHit {
   /// Time in track minus time in query, in frames; once normalized, minus the
   /// smallest such offset of the pass.
   DecimalString hit_time;
+  /// What both have.
   DecimalString hit_hash;
   /// Frame of the landmark's anchor in the query.
   DecimalString hit_time_in_query;

@@ -15,8 +15,9 @@ class LIRVOX_EXPORT LirvoxRowMap {
  public:
   /// Consecutive rows of one hash.
   struct Rows {
-    const LirvoxDBRow* first = nullptr;
-    const LirvoxDBRow* last = nullptr;
+    const LirvoxDBRow* first = nullptr;  ///< the first row
+    const LirvoxDBRow* last = nullptr;   ///< past the last one
+    /// For a loop over the rows.
     const LirvoxDBRow* begin() const { return first; }
     const LirvoxDBRow* end() const { return last; }
     std::size_t size() const { return static_cast<std::size_t>(last - first); }

@@ -19,6 +19,7 @@ namespace lirvox {
 /// database object of a recognizer is left alone.
 class LIRVOX_EXPORT LirvoxWeb {
  public:
+  /// Told whether a good database is installed.
   using Completion = std::function<void(bool)>;
 
   LirvoxWeb() = delete;

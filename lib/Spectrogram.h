@@ -18,6 +18,7 @@ class LIRVOX_EXPORT Spectrogram {
   /// An empty spectrogram of `LirvoxSettings::settingNumFreqs()` bins.
   Spectrogram();
 
+  /// How much it holds.
   std::size_t binCount() const { return binCount_; }
   std::int32_t frameCount() const { return static_cast<std::int32_t>(values_.size() / binCount_); }
 

@@ -75,6 +75,12 @@ static void log_line(void* context, const char* line) {
   lines += line[0] != 0;
 }
 
+static atomic_int reports;
+static void count_report(void* context, int64_t received, int64_t expected) {
+  (void)context;
+  reports += received == 0 && expected <= 0;
+}
+
 static void no_input(void* context, const lirvox_input* input) {
   (void)input;
   ++*(int*)context;
@@ -108,6 +114,7 @@ static lirvox_feed* install_platform(const char* folder) {
   CHECK(lirvox_platform_set_directories(platform, caches, caches, NULL) == LIRVOX_OK);
   CHECK(lirvox_platform_set_log(platform, log_line, NULL, NULL) == LIRVOX_OK);
   CHECK(lirvox_platform_set_executor(platform, execute, NULL, NULL) == LIRVOX_OK);
+  CHECK(lirvox_platform_set_download_progress(platform, count_report, NULL, NULL) == LIRVOX_OK);
   lirvox_feed* const feed = lirvox_platform_use_feed(platform);
   CHECK(feed && lirvox_platform_install(platform) == LIRVOX_OK);
   lirvox_platform_free(platform);
@@ -200,6 +207,7 @@ static void update(lirvox_recognizer* recognizer) {
   CHECK(lirvox_download_database_if_needed(recognizer, updated, NULL, released_when_over) ==
         LIRVOX_OK);
   run_a_task();
+  CHECK(reports > 0);
 }
 
 int main(int argc, char** argv) {

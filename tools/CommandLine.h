@@ -41,6 +41,8 @@ struct Option {
   std::vector<std::string> choices = {};  ///< the only values, if any are given
   /// Says what is wrong with a value; empty if nothing is.
   std::function<std::string(const std::string&)> check = {};
+  /// What the manual calls a default that depends on the machine.
+  std::string standard = {};
 };
 
 struct Command {

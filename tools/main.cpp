@@ -1,10 +1,12 @@
 // The lirvox program.
 #include <exception>
 #include <iostream>
+#include <string_view>
 
 #include "catalog/CatalogError.h"
 #include "tools/CommandLine.h"
 #include "tools/Console.h"
+#include "tools/HelpFiles.h"
 
 using namespace lirvox::tools;
 
@@ -27,6 +29,11 @@ int main(int argc, char** argv) {
                    publishCommand(), listCommand(), removeCommand(), renameCommand(),
                    mergeCommand(), verifyCommand(), duplicatesCommand()}};
   try {
+    // For the build, which installs them.
+    if (argc == 3 && std::string_view(argv[1]) == "--write-help-files") {
+      writeHelpFiles(program, argv[2]);
+      return exitDone;
+    }
     const int status = parseCommandLine(program, argc, argv)();
     if (std::cout.flush()) return status;
     complain("the output could not be written");

@@ -4,12 +4,12 @@
 #include <memory>
 
 #include "bindings/c/Failure.h"
-#include "bindings/c/HostSamples.h"
 #include "bindings/c/lirvox_c.h"
 #include "lib/Lirvox.h"
 #include "lib/LirvoxDatabase.h"
 #include "lib/platform/HostTaskQueues.h"
 #include "lib/platform/Platform.h"
+#include "lib/platform/SampleFeed.h"
 
 struct lirvox_platform {
   lirvox::platform::Platform platform;
@@ -24,7 +24,7 @@ struct lirvox_pump {
 };
 
 struct lirvox_feed {
-  std::shared_ptr<lirvox::c::HostSamples> samples;
+  std::shared_ptr<lirvox::platform::SampleFeed> feed;
 };
 
 struct lirvox_database {

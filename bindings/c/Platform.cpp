@@ -79,6 +79,23 @@ lirvox_status lirvox_platform_set_directories(lirvox_platform* platform, const c
   });
 }
 
+lirvox_status lirvox_platform_set_download_progress(lirvox_platform* platform,
+                                                    lirvox_download_progress progress,
+                                                    void* context, lirvox_release release) {
+  return guarded([&] {
+    Context owned = makeContext(context, release);
+    platform::Platform& changed = platformOf(platform);
+    changed.makeHttpSession =
+        [make = changed.makeHttpSession, call = required(progress, "progress"),
+         owned = std::move(owned)](platform::HttpSessionConfiguration configuration) {
+          configuration.observer = [call, owned](const platform::HttpTaskReport& report) {
+            call(owned.get(), report.bytesReceived, report.bytesExpected);
+          };
+          return make(configuration);
+        };
+  });
+}
+
 lirvox_status lirvox_platform_use_no_sound(lirvox_platform* platform) {
   return guarded([&] {
     platform::Platform& changed = platformOf(platform);

@@ -47,6 +47,7 @@ extern "C" {
 
 /* --- Version ------------------------------------------------------------------------ */
 
+/* The version of this header. */
 #define LIRVOX_VERSION_MAJOR 0
 #define LIRVOX_VERSION_MINOR 1
 #define LIRVOX_VERSION_PATCH 0
@@ -120,9 +121,20 @@ LIRVOX_C_EXPORT lirvox_status lirvox_platform_set_directories(lirvox_platform* p
  * programs that only install or update databases. Threads: one at a time. */
 LIRVOX_C_EXPORT lirvox_status lirvox_platform_use_no_sound(lirvox_platform* platform);
 
+/* A request of an update runs: how many bytes of the answer there are, and how many there
+ * will be, -1 while unknown. The first request asks for the generation, which takes a few
+ * bytes; the second one fetches the archive. Called a few times a second on one thread of
+ * the library's, and once at the end of each request. */
+typedef void (*lirvox_download_progress)(void* context, int64_t received, int64_t expected);
+
+/* Tells the host how far downloads have come. Threads: one at a time. */
+LIRVOX_C_EXPORT lirvox_status
+lirvox_platform_set_download_progress(lirvox_platform* platform, lirvox_download_progress progress,
+                                      void* context, lirvox_release release);
+
 /* --- Main queue: on which thread the delegate is called ------------------------------- */
 
-/* Without any of these, it is a thread of the library's. */
+/* --- Without any of these, it is a thread of the library's. --- */
 
 /* Work of the main queue, to be run or discarded once. */
 typedef struct lirvox_task lirvox_task;
@@ -154,6 +166,7 @@ LIRVOX_C_EXPORT void lirvox_pump_free(lirvox_pump* pump);
 
 /* --- Samples of the host's in the place of a microphone ------------------------------- */
 
+/* What is heard instead of a microphone. */
 typedef struct lirvox_feed lirvox_feed;
 
 /* Signed integers and floats in native byte order; full scale is the type's, or 1.0. */
@@ -186,10 +199,10 @@ LIRVOX_C_EXPORT double lirvox_feed_seconds(const lirvox_feed* feed);
 
 /* Something to listen to. The strings are good during the call. */
 typedef struct lirvox_input {
-  const char* identifier;
-  const char* name; /* for people */
-  bool is_monitor;  /* hears what an output plays, not a room */
-  bool is_current;
+  const char* identifier; /* for lirvox_prefer_input */
+  const char* name;       /* for people */
+  bool is_monitor;        /* hears what an output plays, not a room */
+  bool is_current;        /* the one in use */
 } lirvox_input;
 
 /* Called inside lirvox_list_inputs, on its thread. */
@@ -204,6 +217,7 @@ LIRVOX_C_EXPORT lirvox_status lirvox_prefer_input(const char* identifier);
 
 /* --- Database -------------------------------------------------------------------------- */
 
+/* Where fingerprints are looked up. */
 typedef struct lirvox_database lirvox_database;
 
 /* Where the installed database is, or would be. NULL on failure. Threads: any. */

@@ -13,6 +13,7 @@ namespace lirvox {
 class LIRVOX_EXPORT LirvoxAudioDevice {
  public:
   LirvoxAudioDevice() = default;
+  /// A port, or none, with one of its data sources, or none.
   explicit LirvoxAudioDevice(
       std::optional<platform::AudioSessionPort> port,
       std::optional<platform::AudioSessionDataSource> dataSource = std::nullopt);
@@ -21,6 +22,7 @@ class LIRVOX_EXPORT LirvoxAudioDevice {
   /// the session's input data source. May block for a short time.
   static LirvoxAudioDevice currentInputDevice();
 
+  /// What the device stands for.
   const std::optional<platform::AudioSessionPort>& port() const { return port_; }
   const std::optional<platform::AudioSessionDataSource>& dataSource() const { return dataSource_; }
 

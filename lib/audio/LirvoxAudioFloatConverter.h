@@ -17,12 +17,13 @@ constexpr std::uint32_t LirvoxAudioFloatConverterDefaultOutputBufferSize = 4096;
 /// What a converter works with.
 struct LirvoxAudioFloatConverterInfo {
   // In an order in which destruction releases the converter first.
-  std::vector<platform::AudioStreamPacketDescription> packetDescriptions;
-  LirvoxAudioUtilities::OwnedBufferList floatAudioBufferList;
-  std::unique_ptr<platform::AudioConverter> converterRef;
-  platform::AudioStreamBasicDescription inputFormat;
-  platform::AudioStreamBasicDescription floatFormat;
-  std::uint32_t packetsPerBuffer = 0;
+  std::vector<platform::AudioStreamPacketDescription>
+      packetDescriptions;                                      ///< of the output, if packets vary
+  LirvoxAudioUtilities::OwnedBufferList floatAudioBufferList;  ///< the output
+  std::unique_ptr<platform::AudioConverter> converterRef;      ///< what converts
+  platform::AudioStreamBasicDescription inputFormat;           ///< of what comes in
+  platform::AudioStreamBasicDescription floatFormat;           ///< of what goes out
+  std::uint32_t packetsPerBuffer = 0;                          ///< that the output holds
 };
 
 /// Converts captured sound to one channel of 32-bit signed integers at 11025 Hz,
@@ -36,6 +37,7 @@ class LIRVOX_EXPORT LirvoxAudioFloatConverter {
   /// none, the process ends as `LirvoxAudioUtilities::checkResult` says.
   explicit LirvoxAudioFloatConverter(const platform::AudioStreamBasicDescription& inputFormat);
 
+  /// The same for owners who share it.
   static std::shared_ptr<LirvoxAudioFloatConverter> converterWithInputFormat(
       const platform::AudioStreamBasicDescription& inputFormat);
 
@@ -47,6 +49,7 @@ class LIRVOX_EXPORT LirvoxAudioFloatConverter {
       platform::AudioBufferList& audioBufferList, std::uint32_t frames, float** buffers,
       platform::AudioStreamPacketDescription* packetDescriptions = nullptr);
 
+  /// What it works with.
   const platform::AudioStreamBasicDescription& inputFormat() const { return info_.inputFormat; }
   const platform::AudioStreamBasicDescription& floatFormat() const { return info_.floatFormat; }
   const LirvoxAudioFloatConverterInfo& info() const { return info_; }

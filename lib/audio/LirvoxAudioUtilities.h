@@ -13,14 +13,20 @@ namespace lirvox {
 /// that allocate or free are not for the audio thread.
 class LIRVOX_EXPORT LirvoxAudioUtilities {
  public:
+  /// Frees a buffer list that goes out of scope.
   struct BufferListFreer {
+    /// Frees it.
     void operator()(platform::AudioBufferList* list) const { freeBufferList(list); }
   };
+  /// Frees buffers that go out of scope.
   struct FloatBuffersFreer {
-    std::uint32_t numberOfChannels = 0;
+    std::uint32_t numberOfChannels = 0;  ///< how many buffers there are
+    /// Frees them.
     void operator()(float** buffers) const { freeFloatBuffers(buffers, numberOfChannels); }
   };
+  /// Whoever has it is the owner.
   using OwnedBufferList = std::unique_ptr<platform::AudioBufferList, BufferListFreer>;
+  /// Whoever has them is the owner.
   using OwnedFloatBuffers = std::unique_ptr<float*[], FloatBuffersFreer>;
 
   LirvoxAudioUtilities() = delete;
@@ -52,6 +58,7 @@ class LIRVOX_EXPORT LirvoxAudioUtilities {
   /// owner has released. Does nothing when the array or its first entry is null.
   static void freeFloatBuffers(float** buffers, std::uint32_t numberOfChannels);
 
+  /// Whether all channels share one buffer.
   static bool isInterleaved(const platform::AudioStreamBasicDescription& format);
 
   /// Two channels of 32-bit floats, one buffer each.

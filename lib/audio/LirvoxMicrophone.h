@@ -27,7 +27,7 @@ struct LirvoxMicrophoneInfo {
   platform::AudioStreamBasicDescription inputFormat;
   /// The format that the unit renders.
   platform::AudioStreamBasicDescription streamFormat;
-  // Last, so that destruction ends deliveries before it frees what they use.
+  /// Last, so that destruction ends deliveries before it frees what they use.
   std::unique_ptr<platform::AudioUnit> audioUnit;
 };
 
@@ -71,11 +71,13 @@ class LIRVOX_EXPORT LirvoxMicrophone : public LirvoxOutputDataSource,
   /// The one microphone of the process, made on the first call, without a delegate.
   static std::shared_ptr<LirvoxMicrophone> sharedMicrophone();
 
-  explicit LirvoxMicrophone(Private);  // for the functions above
+  /// For the functions above.
+  explicit LirvoxMicrophone(Private);
   ~LirvoxMicrophone() override;
   LirvoxMicrophone(const LirvoxMicrophone&) = delete;
   LirvoxMicrophone& operator=(const LirvoxMicrophone&) = delete;
 
+  /// Who gets the sound; it is not kept alive.
   std::shared_ptr<LirvoxMicrophoneDelegate> delegate() const { return delegate_.lock(); }
   void setDelegate(std::weak_ptr<LirvoxMicrophoneDelegate> delegate);
 
@@ -95,6 +97,7 @@ class LIRVOX_EXPORT LirvoxMicrophone : public LirvoxOutputDataSource,
   /// counts as selected all the same, and the delegate is told.
   void setDevice(const LirvoxAudioDevice& device);
 
+  /// The format that the unit renders; at first the recognizer's own.
   platform::AudioStreamBasicDescription audioStreamBasicDescription() const {
     return info_.streamFormat;
   }
@@ -110,6 +113,7 @@ class LIRVOX_EXPORT LirvoxMicrophone : public LirvoxOutputDataSource,
   std::shared_ptr<LirvoxOutput> output() const { return output_; }
   void setOutput(std::shared_ptr<LirvoxOutput> output);
 
+  /// What it works with.
   std::shared_ptr<LirvoxAudioFloatConverter> floatConverter() const { return floatConverter_; }
   const LirvoxMicrophoneInfo& info() const { return info_; }
 

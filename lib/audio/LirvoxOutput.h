@@ -28,11 +28,13 @@ class LIRVOX_EXPORT LirvoxOutputDataSource {
 /// on one thread.
 class LIRVOX_EXPORT LirvoxOutput {
  public:
+  /// The format that it asks for.
   const platform::AudioStreamBasicDescription& inputFormat() const { return inputFormat_; }
   void setInputFormat(const platform::AudioStreamBasicDescription& format) {
     inputFormat_ = format;
   }
 
+  /// What it plays; it is not kept alive.
   std::shared_ptr<LirvoxOutputDataSource> dataSource() const { return dataSource_.lock(); }
   void setDataSource(std::weak_ptr<LirvoxOutputDataSource> dataSource);
 

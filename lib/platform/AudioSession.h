@@ -25,24 +25,25 @@ struct AudioSessionDataSource {
 
 /// A source of sound.
 struct AudioSessionPort {
-  std::string uniqueIdentifier;
-  std::string name;        ///< for people
-  bool isMonitor = false;  ///< hears what an output plays, not a room
-  std::vector<AudioSessionDataSource> dataSources;
+  std::string uniqueIdentifier;                     ///< stays the same as long as the port is there
+  std::string name;                                 ///< for people
+  bool isMonitor = false;                           ///< hears what an output plays, not a room
+  std::vector<AudioSessionDataSource> dataSources;  ///< from which it can take its sound
 };
 
 /// The ports that sound takes at this moment.
 struct AudioSessionRoute {
-  std::vector<AudioSessionPort> inputs;
+  std::vector<AudioSessionPort> inputs;  ///< in use
 };
 
 /// Sound was taken from the application, or may be used again.
 struct AudioSessionInterruption {
+  /// Its two ends.
   enum class Type : std::uint32_t { ended = 0, began = 1 };
   /// Bit of `options`: what the interruption stopped should be started again.
   static constexpr std::uint32_t shouldResume = 1;
 
-  Type type = Type::began;
+  Type type = Type::began;    ///< which of the two
   std::uint32_t options = 0;  ///< meaningful when an interruption ends
 };
 
@@ -52,7 +53,9 @@ struct AudioSessionInterruption {
 class LIRVOX_EXPORT AudioSessionObserver {
  public:
   virtual ~AudioSessionObserver() = default;
+  /// Sound was taken from the application, or may be used again.
   virtual void audioSessionWasInterrupted(const AudioSessionInterruption& interruption) = 0;
+  /// Other ports are in use, or are there.
   virtual void audioSessionRouteChanged() = 0;
 };
 
@@ -66,7 +69,9 @@ class LIRVOX_EXPORT AudioSession {
   AudioSession(const AudioSession&) = delete;
   AudioSession& operator=(const AudioSession&) = delete;
 
+  /// What the application is going to do with sound.
   virtual bool setCategory(AudioSessionCategory category, LirvoxError& error) = 0;
+  /// Connects to the sound of the system, or lets go of it.
   virtual bool setActive(bool active, LirvoxError& error) = 0;
 
   /// The ports in use; without any, an empty route.
@@ -107,6 +112,7 @@ class LIRVOX_EXPORT AudioSession {
 /// have no sound, or that bring samples of their own.
 class LIRVOX_EXPORT NullAudioSession : public AudioSession {
  public:
+  /// As in `AudioSession`.
   bool setCategory(AudioSessionCategory, LirvoxError&) override { return true; }
   bool setActive(bool, LirvoxError&) override { return true; }
   AudioSessionRoute currentRoute() override { return {}; }

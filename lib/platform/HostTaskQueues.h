@@ -18,8 +18,10 @@ namespace lirvox::platform {
 /// thread, in order. Delays and wake-ups are kept by `timers`.
 class LIRVOX_EXPORT ExecutorTaskQueue : public TaskQueue {
  public:
+  /// The host's function.
   using Executor = std::function<void(Task)>;
 
+  /// Hands tasks to `executor`.
   ExecutorTaskQueue(Executor executor, std::shared_ptr<TaskQueue> timers);
 
   void async(Task task) override;
@@ -34,6 +36,7 @@ class LIRVOX_EXPORT ExecutorTaskQueue : public TaskQueue {
 /// A queue that the host pumps: tasks wait until `pump` is called.
 class LIRVOX_EXPORT PumpedTaskQueue : public ExecutorTaskQueue {
  public:
+  /// Keeps tasks; delays and wake-ups are kept by `timers`.
   explicit PumpedTaskQueue(std::shared_ptr<TaskQueue> timers);
 
   /// Runs the tasks that wait, on the calling thread, and returns how many ran.

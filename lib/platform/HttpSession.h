@@ -15,8 +15,8 @@ namespace lirvox::platform {
 
 /// How far a task of a session has come, for whoever shows progress.
 struct HttpTaskReport {
-  std::string url;
-  std::int64_t bytesReceived = 0;
+  std::string url;                 ///< that was asked for
+  std::int64_t bytesReceived = 0;  ///< of the body
   /// Of the body; -1 while unknown.
   std::int64_t bytesExpected = -1;
   /// Set in the last report of a task, with the outcome.
@@ -46,6 +46,7 @@ struct HttpSessionConfiguration {
   std::string certificateAuthorities;
 };
 
+/// What a server has said, apart from the body.
 struct HttpResponse {
   /// 0 when no response came.
   int statusCode = 0;
@@ -60,6 +61,7 @@ struct HttpResponse {
 /// session cancels what runs: completions that are not due yet are not called.
 class LIRVOX_EXPORT HttpSession {
  public:
+  /// Gets the whole body, or an error.
   using DataCompletion = std::function<void(const std::string& body, const HttpResponse& response,
                                             const std::optional<LirvoxError>& error)>;
   /// `location` is a temporary file that the completion may remove or move away, and that

@@ -9,16 +9,7 @@ namespace lirvox::platform {
 namespace {
 
 AudioStreamBasicDescription memoryFormat() {
-  AudioStreamBasicDescription format;
-  format.sampleRate = 11025;
-  format.formatID = audioFormatLinearPCM;
-  format.formatFlags = audioFormatFlagIsSignedInteger | audioFormatFlagIsPacked;
-  format.bytesPerPacket = 4;
-  format.framesPerPacket = 1;
-  format.bytesPerFrame = 4;
-  format.channelsPerFrame = 1;
-  format.bitsPerChannel = 32;
-  return format;
+  return interleavedPcm(11025, 1, 32);
 }
 
 }  // namespace

@@ -22,6 +22,7 @@ class LIRVOX_EXPORT MemoryAudioUnit : public AudioUnit {
   /// The largest delivery.
   static constexpr std::uint32_t maximumFrames = 1024;
 
+  /// Shared, and never changed.
   using Samples = std::shared_ptr<const std::vector<std::int32_t>>;
 
   /// `deliverySizes`, in frames within [1, 1024], are used in turn, over and over.

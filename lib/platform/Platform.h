@@ -31,13 +31,14 @@ struct Platform {
   /// A new serial queue; the label names it for people who debug.
   std::function<std::shared_ptr<TaskQueue>(const std::string& label)> makeSerialQueue;
 
-  std::shared_ptr<Clock> clock;
-  std::shared_ptr<Log> log;
-  std::shared_ptr<Directories> directories;
-  std::shared_ptr<UserDefaults> userDefaults;
+  std::shared_ptr<Clock> clock;                ///< for the time since a start
+  std::shared_ptr<Log> log;                    ///< for diagnostics
+  std::shared_ptr<Directories> directories;    ///< where the database is
+  std::shared_ptr<UserDefaults> userDefaults;  ///< what survives a restart
   /// A new session for HTTP requests.
   std::function<std::shared_ptr<HttpSession>(const HttpSessionConfiguration&)> makeHttpSession;
 
+  /// What the application shares with others that use sound; never null.
   std::shared_ptr<AudioSession> audioSession;
   /// A new unit that captures; null when it cannot be had, with the reason in
   /// `status`, or with `status` 0 when the system has no such unit. The function

@@ -10,8 +10,8 @@ namespace lirvox::platform {
 
 /// What the server and its users are told about the application, and what it asks for.
 struct PulseAudioNames {
-  std::string application;
-  std::string stream = "Recognition";
+  std::string application;             ///< as in a volume control
+  std::string stream = "Recognition";  ///< what the application does
   /// Empty: the user's own server.
   std::string server;
   /// The source to capture from, and from no other, until the session is asked for

@@ -9,6 +9,7 @@
 
 namespace lirvox::platform {
 
+/// Work to be done once.
 using Task = std::function<void()>;
 
 /// Starts one fixed task from a real-time thread.
