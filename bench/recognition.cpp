@@ -265,6 +265,7 @@ const Way kWays[] = {
     {"2 alignments, common hashes out", {2, 0, 5.0}},
     {"4 alignments, common hashes out", {4, 0, 3.0}},
     {"best 200,000 rows/h of 8", {8, 200'000, 20.0}},
+    {"best 320,000 rows/h of 2", {2, 320'000, 20.0}},
     {"best 320,000 rows/h of 4", {4, 320'000, 20.0}},
     {"best 320,000 rows/h of 8 (default)", {}},
 };

@@ -2,10 +2,55 @@
 #include "catalog/CatalogCommit.h"
 
 #include <algorithm>
+#include <optional>
+#include <queue>
 #include <string>
 #include <tuple>
 
 namespace lirvox::catalog {
+namespace {
+
+struct Row {
+  std::uint32_t hash;
+  std::int32_t track;
+  std::int32_t time;
+};
+
+// The rows of all tracks in the order of the file. Each track has its own in order.
+class RowMerge {
+ public:
+  RowMerge(const std::vector<NewTrack>& tracks, const std::vector<std::int32_t>& ids) {
+    for (std::size_t i = 0; i < tracks.size(); ++i) {
+      const std::vector<QueryHash>& rows = tracks[i].rows;
+      if (!rows.empty()) sources_.push({rows.data(), rows.data() + rows.size(), ids[i]});
+    }
+  }
+
+  std::optional<Row> next() {
+    if (sources_.empty()) return std::nullopt;
+    Source source = sources_.top();
+    sources_.pop();
+    const QueryHash& row = *source.next++;
+    if (source.next != source.end) sources_.push(source);
+    return Row{static_cast<std::uint32_t>(row.hash), source.track, row.time};
+  }
+
+ private:
+  struct Source {
+    const QueryHash* next;
+    const QueryHash* end;
+    std::int32_t track;
+  };
+  struct IsLater {
+    bool operator()(const Source& a, const Source& b) const {
+      return std::tie(a.next->hash, a.track) > std::tie(b.next->hash, b.track);
+    }
+  };
+
+  std::priority_queue<Source, std::vector<Source>, IsLater> sources_;
+};
+
+}  // namespace
 
 CatalogCommit::CatalogCommit(CatalogFile& file, const CommonHashRule& rule)
     : file_(file), database_(file.database()), rule_(rule) {}
@@ -14,10 +59,10 @@ void CatalogCommit::run(const std::vector<NewTrack>& tracks) {
   SQLite::Transaction transaction(database_, SQLite::TransactionBehavior::IMMEDIATE);
   loadCounts();
   const std::vector<std::int32_t> ids = assignIds(tracks);
-  gatherRows(tracks, ids);
+  countRows(tracks);
   limit_ = commonHashLimit(counts_, rule_);
   moveRows();
-  insertRows();
+  insertRows(tracks, ids);
   writeTracks(tracks, ids);
   writeNotes();
   transaction.commit();
@@ -95,18 +140,10 @@ void CatalogCommit::removeRows(const std::unordered_set<std::int32_t>& tracks) {
   database_.exec("DROP TABLE removed");
 }
 
-void CatalogCommit::gatherRows(const std::vector<NewTrack>& tracks,
-                               const std::vector<std::int32_t>& ids) {
-  for (std::size_t i = 0; i < tracks.size(); ++i) {
-    for (const QueryHash& row : tracks[i].rows) {
-      const auto hash = static_cast<std::uint32_t>(row.hash);
-      rows_.push_back({hash, ids[i], row.time});
-      ++counts_[hash];
-    }
+void CatalogCommit::countRows(const std::vector<NewTrack>& tracks) {
+  for (const NewTrack& track : tracks) {
+    for (const QueryHash& row : track.rows) ++counts_[static_cast<std::uint32_t>(row.hash)];
   }
-  std::sort(rows_.begin(), rows_.end(), [](const Row& a, const Row& b) {
-    return std::tie(a.hash, a.track, a.time) < std::tie(b.hash, b.track, b.time);
-  });
 }
 
 // Rows that are there already change their table when their hash becomes common, or
@@ -131,14 +168,16 @@ void CatalogCommit::moveRows() {
   }
 }
 
-void CatalogCommit::insertRows() {
+void CatalogCommit::insertRows(const std::vector<NewTrack>& tracks,
+                               const std::vector<std::int32_t>& ids) {
   SQLite::Statement intoDb(database_, "INSERT INTO db(num2, track_id, num1) VALUES(?, ?, ?)");
   SQLite::Statement intoHeld(database_, "INSERT INTO held(num2, track_id, num1) VALUES(?, ?, ?)");
-  for (const Row& row : rows_) {
-    SQLite::Statement& insert = isHeld(row.hash) ? intoHeld : intoDb;
-    insert.bind(1, row.hash);
-    insert.bind(2, row.track);
-    insert.bind(3, row.time);
+  RowMerge merge(tracks, ids);
+  while (const auto row = merge.next()) {
+    SQLite::Statement& insert = isHeld(row->hash) ? intoHeld : intoDb;
+    insert.bind(1, row->hash);
+    insert.bind(2, row->track);
+    insert.bind(3, row->time);
     insert.exec();
     insert.reset();
   }

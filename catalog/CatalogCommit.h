@@ -23,19 +23,13 @@ class CatalogCommit {
   void remove(const std::unordered_set<std::int32_t>& tracks);
 
  private:
-  struct Row {
-    std::uint32_t hash;
-    std::int32_t track;
-    std::int32_t time;
-  };
-
   void loadCounts();
   std::vector<std::int32_t> assignIds(const std::vector<NewTrack>& tracks);
   std::int32_t largestId();
   void removeRows(const std::unordered_set<std::int32_t>& tracks);
-  void gatherRows(const std::vector<NewTrack>& tracks, const std::vector<std::int32_t>& ids);
+  void countRows(const std::vector<NewTrack>& tracks);
   void moveRows();
-  void insertRows();
+  void insertRows(const std::vector<NewTrack>& tracks, const std::vector<std::int32_t>& ids);
   void writeTracks(const std::vector<NewTrack>& tracks, const std::vector<std::int32_t>& ids);
   void writeNotes();
   bool isHeld(std::uint32_t hash) const { return counts_[hash] > limit_; }
@@ -43,7 +37,6 @@ class CatalogCommit {
   CatalogFile& file_;
   SQLite::Database& database_;
   const CommonHashRule rule_;
-  std::vector<Row> rows_;  // to be inserted, in the order of the file
   HashCounts oldCounts_;
   HashCounts counts_;
   std::uint32_t oldLimit_ = 0;

@@ -15,6 +15,9 @@ namespace fs = std::filesystem;
 constexpr int kBusyTimeoutInMilliseconds = 10'000;
 constexpr const char* kLimitNote = "common hash limit";
 
+// Commits go through the file in its order, so that little of it is needed at a time.
+constexpr const char* kCacheSize = "PRAGMA cache_size = -16384";
+
 // Clustered on the hash: a lookup reads each hash's rows from one place, and a row
 // takes 15 to 16 bytes, against 28 with a separate index.
 constexpr const char* kTables = R"(
@@ -58,7 +61,7 @@ void CatalogFile::openExisting() {
   database_ =
       std::make_unique<SQLite::Database>(path_, SQLite::OPEN_READWRITE, kBusyTimeoutInMilliseconds);
   expectCatalog(*database_, path_);
-  database_->exec("PRAGMA cache_size = -65536");
+  database_->exec(kCacheSize);
 }
 
 void CatalogFile::createNew() {
@@ -71,8 +74,8 @@ void CatalogFile::createNew() {
   database_ = std::make_unique<SQLite::Database>(
       folder + '/' + unpublished_.name(), SQLite::OPEN_READWRITE, kBusyTimeoutInMilliseconds);
   // A file that nobody knows of yet needs no journal.
-  database_->exec(
-      "PRAGMA journal_mode = OFF; PRAGMA synchronous = OFF; PRAGMA cache_size = -65536");
+  database_->exec("PRAGMA journal_mode = OFF; PRAGMA synchronous = OFF");
+  database_->exec(kCacheSize);
   database_->exec("PRAGMA application_id = " + std::to_string(kApplicationId));
   database_->exec("PRAGMA user_version = " + std::to_string(kUserVersion));
   database_->exec(kTables);

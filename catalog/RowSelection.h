@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "catalog/Spool.h"
 #include "lib/Landmark.h"
 
 namespace lirvox::catalog {
@@ -13,7 +14,7 @@ namespace lirvox::catalog {
 /// far the weaker of its two peaks stood above the threshold, as a logarithm of power.
 struct Sighting {
   QueryHash row;
-  double strength;
+  float strength;
 };
 
 /// How many rows a track gets, and from where.
@@ -25,13 +26,41 @@ struct RowRule {
   std::int32_t rowsPerHour = 320'000;
 };
 
-/// The rows of all alignments, equal ones once, ordered by hash, then time.
-std::vector<QueryHash> allRows(std::vector<Sighting> sightings);
+/// Takes the sightings of a track, a stretch after the other, and gives out its rows.
+///
+/// A row is the better the more alignments show it and the stronger it is. Of equal
+/// hashes closer together than the vote's window the best is taken: the others would
+/// only inflate the votes of sustained tones.
+class RowSelection {
+ public:
+  /// Selects the best rows, or all. Holds up to `bytesInMemory` of them.
+  RowSelection(bool best, std::size_t bytesInMemory);
 
-/// At most `count` rows, those from which recognitions profit most, ordered by hash, then
-/// time. A row is the better the more alignments show it and the stronger it is. Of
-/// equal hashes closer together than the vote's window the best is taken: the others
-/// would only inflate the votes of sustained tones.
-std::vector<QueryHash> bestRows(std::vector<Sighting> sightings, std::size_t count);
+  /// Takes the sightings, in any order, of frames before `end` that were not in an
+  /// earlier stretch. Sorts them.
+  void add(std::vector<Sighting>& sightings, std::int32_t end);
+
+  /// Ends the track: its rows, ordered by hash, then time. At most `count` when the best
+  /// are selected.
+  std::vector<QueryHash> finish(std::size_t count);
+
+  /// Ready for another track.
+  void clear();
+
+  struct ScoredRow {
+    QueryHash row;
+    float score;
+  };
+
+ private:
+  void close(std::int32_t end);
+  void keep(const std::vector<ScoredRow>& rows);
+  std::vector<QueryHash> bestOf(std::size_t count) const;
+
+  const bool best_;
+  std::vector<ScoredRow> open_;  // a row to come may be close to these; ordered
+  Spool<ScoredRow> kept_;
+  std::vector<std::uint32_t> histogram_;  // of the scores of those kept
+};
 
 }  // namespace lirvox::catalog

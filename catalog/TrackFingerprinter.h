@@ -3,11 +3,14 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <vector>
 
 #include "catalog/RowSelection.h"
+#include "catalog/Spool.h"
+#include "catalog/TrackSpectrogram.h"
 #include "lib/Landmark.h"
-#include "lib/LirvoxAudioFFT.h"
+#include "lib/PeakPicker.h"
 
 namespace lirvox::catalog {
 
@@ -15,24 +18,39 @@ namespace lirvox::catalog {
 /// each worker has its own.
 class TrackFingerprinter {
  public:
-  explicit TrackFingerprinter(const RowRule& rule) : rule_(rule) {}
+  /// Twelve minutes.
+  static constexpr std::size_t kSamplesInMemory = std::size_t{1} << 23;
 
-  /// Takes the next samples of the track: 32-bit words, mono, 11025 Hz.
+  /// Tracks of up to `samplesInMemory` samples are held in memory with all that is made
+  /// of them. Longer ones take temporary files, little memory whatever their length, and
+  /// half as much time again; their rows are the same.
+  explicit TrackFingerprinter(const RowRule& rule, std::size_t samplesInMemory = kSamplesInMemory);
+
+  /// Takes the next samples of the track: 32-bit words, mono, 11025 Hz. `CatalogError`
+  /// when there is no room for a temporary file.
   void add(const std::int32_t* words, std::size_t count);
 
   /// Ends the track: its rows, each once, ordered by hash, then time. Times are frames of
-  /// 256 samples. The fingerprinter is ready for the next track.
+  /// 256 samples. The fingerprinter is ready for the next track. `CatalogError` as above.
   std::vector<QueryHash> finish();
 
-  /// Samples taken since the last `finish`.
+  /// Forgets the samples taken so far, also after an error.
+  void clear();
+
+  /// Samples taken since the last `finish` or `clear`.
   std::size_t sampleCount() const { return samples_.size(); }
 
  private:
-  void look(std::size_t offset, std::vector<Sighting>& sightings);
+  void look(std::size_t offset, Spool<Sighting>& sightings);
+  void pair(std::vector<PickedPeak>& picked, std::int32_t end, Spool<Sighting>& sightings);
+  std::vector<QueryHash> select();
 
   const RowRule rule_;
-  LirvoxAudioFFT fft_;
-  std::vector<float> samples_;
+  Spool<float> samples_;
+  std::vector<float> converted_;
+  TrackSpectrogram spectrogram_;
+  std::deque<Spool<Sighting>> sightings_;  // of each alignment, by time
+  RowSelection selection_;
 };
 
 }  // namespace lirvox::catalog

@@ -64,14 +64,10 @@ std::int32_t shiftInSamples(std::int32_t s) {
 
 }  // namespace
 
-void appendPowerFrames(const float* samples, std::int32_t first, std::int32_t last,
-                       LirvoxAudioFFT& fft, Spectrogram& specgram,
-                       DoubleSplitComplex& lastSpectrum) {
+void computePowerFrames(const float* samples, std::size_t count, LirvoxAudioFFT& fft, double* out,
+                        DoubleSplitComplex& lastSpectrum) {
   const double* const window = analysisWindow().data();
   const auto hop = static_cast<std::size_t>(LirvoxSettings::settingChunkSize() / 2);
-  const auto count = static_cast<std::size_t>(last - first);
-  samples += static_cast<std::size_t>(first) * hop;
-  double* out = specgram.appendFrames(last - first);
   std::size_t f = 0;
   for (; f + kLanes <= count; f += kLanes) {
     transformPair(samples + f * hop, hop, window, fft, out + f * kBins);
@@ -81,6 +77,14 @@ void appendPowerFrames(const float* samples, std::int32_t first, std::int32_t la
   } else if (count > 0) {
     lastSpectrum = fft.spectrumOfPair(kLanes - 1);
   }
+}
+
+void appendPowerFrames(const float* samples, std::int32_t first, std::int32_t last,
+                       LirvoxAudioFFT& fft, Spectrogram& specgram,
+                       DoubleSplitComplex& lastSpectrum) {
+  const std::int32_t hop = LirvoxSettings::settingChunkSize() / 2;
+  computePowerFrames(samples + std::ptrdiff_t{first} * hop, static_cast<std::size_t>(last - first),
+                     fft, specgram.appendFrames(last - first), lastSpectrum);
 }
 
 void LirvoxMiniSpectogram::do_4_mini_specgrams(const float* samples, LirvoxAudioFFT& fft,

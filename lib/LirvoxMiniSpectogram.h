@@ -1,6 +1,7 @@
 // Blocks of audio to four shifted power spectrograms.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "HistoryInfo.h"
@@ -28,5 +29,10 @@ class LIRVOX_EXPORT LirvoxMiniSpectogram {
 LIRVOX_EXPORT void appendPowerFrames(const float* samples, std::int32_t first, std::int32_t last,
                                      LirvoxAudioFFT& fft, Spectrogram& specgram,
                                      DoubleSplitComplex& lastSpectrum);
+
+/// The `count` frames that start at `samples`, `samples + 256`, ...: 257 powers each,
+/// one frame after the other from `out`.
+void computePowerFrames(const float* samples, std::size_t count, LirvoxAudioFFT& fft, double* out,
+                        DoubleSplitComplex& lastSpectrum);
 
 }  // namespace lirvox

@@ -15,13 +15,7 @@
 namespace lirvox {
 namespace {
 
-constexpr std::int32_t kFramesOfFirstEnvelope = 10;
 constexpr double kDynamicRange = 1e6;
-
-// Frames that one stage hands to the next while they are in the processor's cache. The
-// first of them must hold the frames of the first envelope.
-constexpr std::int32_t kFramesAtOnce = 32;
-static_assert(kFramesAtOnce >= kFramesOfFirstEnvelope);
 
 double largestOf(const double* values, std::size_t count) {
   constexpr std::size_t kStep = 4 * kLanes;
@@ -36,114 +30,71 @@ double largestOf(const double* values, std::size_t count) {
   return *std::max_element(largest.begin(), largest.end());
 }
 
-// Scales to a density and returns the largest value, at least 0.
-double scaleAndFindLargest(Spectrogram& specgram) {
-  const double once = 1.0 / (analysisWindowEnergy() * LirvoxSettings::settingSampleRate());
-  const double twice = 2.0 * once;
-  const std::size_t last = specgram.binCount() - 1;
-  double largest = 0.0;
-  for (std::int32_t t = 0; t < specgram.frameCount(); ++t) {
-    double* const values = specgram.frame(t);
-    // DC and Nyquist have no mirror image, all others count twice.
-    values[0] *= once;
-    for (std::size_t b = 1; b < last; ++b) values[b] *= twice;
-    values[last] *= once;
-    largest = std::max(largest, largestOf(values, specgram.binCount()));
+// Calls `work(first, count)` for all frames of `specgram`, a few at a time.
+template <typename Work>
+void forFewFrames(const Spectrogram& specgram, Work work) {
+  for (std::int32_t first = 0; first < specgram.frameCount(); first += kFramesAtOnce) {
+    work(first, static_cast<std::size_t>(std::min(kFramesAtOnce, specgram.frameCount() - first)));
   }
-  return largest;
 }
 
 // Takes the logarithms, given the largest value, and returns their mean. Of silence there
 // is nothing to take, and its mean is 0.
-double takeLogarithmsBelow(double largest, std::vector<double>& values) {
+double takeLogarithmsBelow(double largest, Spectrogram& specgram) {
   if (!(largest > 0.0)) return 0.0;
-  return takeLogarithms(values.data(), values.size(), largest / kDynamicRange) /
-         static_cast<double>(values.size());
-}
-
-void subtract(double mean, double* values, std::size_t count) {
-  for (std::size_t i = 0; i < count; ++i) values[i] -= mean;
-}
-
-// The threshold that the first frames leave behind.
-PeakPickingThreshold initialThreshold(const Spectrogram& filtered) {
-  PeakPickingThreshold threshold;
-  std::array<double, PeakPickingThreshold::kBins> envelope;
-  std::copy_n(filtered.frame(0), envelope.size(), envelope.begin());
-  for (std::int32_t t = 1; t < std::min(kFramesOfFirstEnvelope, filtered.frameCount()); ++t) {
-    const double* const column = filtered.frame(t);
-    for (std::size_t b = 0; b < envelope.size(); ++b) {
-      envelope[b] = std::max(envelope[b], column[b]);
-    }
-  }
-  for (std::size_t b = 0; b < envelope.size(); ++b) {
-    if (PeakPickingThreshold::isLocalMaximum(envelope.data(), b)) threshold.lift(b, envelope[b]);
-  }
-  return threshold;
-}
-
-// Appends the peaks of frame t.
-void pickFrame(const double* column, std::int32_t t, PeakPickingThreshold& threshold,
-               std::vector<PickedPeak>& peaks) {
-  const auto firstOfFrame = static_cast<std::ptrdiff_t>(peaks.size());
-  for (const auto& [bin, excess] : threshold.accept(column)) {
-    peaks.push_back({{t, static_cast<std::int32_t>(bin)}, excess});
-  }
-  std::sort(peaks.begin() + firstOfFrame, peaks.end(),
-            [](const PickedPeak& a, const PickedPeak& b) { return a.peak.bin < b.peak.bin; });
-  threshold.decay();
-}
-
-// Picks the peaks of a spectrogram, a few frames of which `filter(first, last)` makes
-// ready at a time.
-template <typename Filter>
-std::vector<PickedPeak> pickPeaksAfter(Filter filter, const Spectrogram& specgram) {
-  std::vector<PickedPeak> peaks;
-  PeakPickingThreshold threshold;
-  for (std::int32_t first = 0; first < specgram.frameCount(); first += kFramesAtOnce) {
-    const std::int32_t last = std::min(first + kFramesAtOnce, specgram.frameCount());
-    filter(first, last);
-    if (first == 0) threshold = initialThreshold(specgram);
-    for (std::int32_t t = first; t < last; ++t) pickFrame(specgram.frame(t), t, threshold, peaks);
-  }
-  return peaks;
+  double sum = 0.0;
+  forFewFrames(specgram, [&](std::int32_t first, std::size_t count) {
+    sum += takeLogarithmsOfFrames(specgram.frame(first), count, largest);
+  });
+  return sum / static_cast<double>(specgram.values().size());
 }
 
 // All stages that follow the scaling, in the memory of `density`.
 std::vector<PickedPeak> findPeaksOfDensity(Spectrogram& density, double largest) {
-  const double mean = takeLogarithmsBelow(largest, density.values());
-  const std::size_t bins = density.binCount();
-  HighPass filter(PeakPickingThreshold::kBins);
-  return pickPeaksAfter(
-      [&](std::int32_t first, std::int32_t last) {
-        const auto count = static_cast<std::size_t>(last - first);
-        double* const values = density.frame(first);
-        subtract(mean, values, count * bins);
-        filter.apply(values, count, values, bins);
-      },
-      density);
+  std::vector<PickedPeak> peaks;
+  PeakPicker picker(takeLogarithmsBelow(largest, density));
+  forFewFrames(density, [&](std::int32_t first, std::size_t count) {
+    picker.filterAndPick(density.frame(first), count, peaks);
+  });
+  return peaks;
 }
 
 }  // namespace
 
-void scaleToDensity(Spectrogram& specgram) {
-  scaleAndFindLargest(specgram);
+double scaleToDensity(double* frames, std::size_t count) {
+  const double once = 1.0 / (analysisWindowEnergy() * LirvoxSettings::settingSampleRate());
+  const double twice = 2.0 * once;
+  const auto bins = static_cast<std::size_t>(LirvoxSettings::settingNumFreqs());
+  double largest = 0.0;
+  for (double* values = frames; values != frames + count * bins; values += bins) {
+    // DC and Nyquist have no mirror image, all others count twice.
+    values[0] *= once;
+    for (std::size_t b = 1; b < bins - 1; ++b) values[b] *= twice;
+    values[bins - 1] *= once;
+    largest = std::max(largest, largestOf(values, bins));
+  }
+  return largest;
+}
+
+double scaleToDensity(Spectrogram& specgram) {
+  return scaleToDensity(specgram.values().data(), static_cast<std::size_t>(specgram.frameCount()));
+}
+
+double takeLogarithmsOfFrames(double* frames, std::size_t count, double largest) {
+  const auto bins = static_cast<std::size_t>(LirvoxSettings::settingNumFreqs());
+  return takeLogarithms(frames, count * bins, largest / kDynamicRange);
 }
 
 void takeLogarithm(Spectrogram& specgram) {
   std::vector<double>& values = specgram.values();
-  const double mean = takeLogarithmsBelow(largestOf(values.data(), values.size()), values);
-  subtract(mean, values.data(), values.size());
+  const double mean = takeLogarithmsBelow(largestOf(values.data(), values.size()), specgram);
+  for (double& value : values) value -= mean;
 }
 
 void highPass(Spectrogram& specgram) {
   double* const values = specgram.values().data();
   lfilter(values, static_cast<std::size_t>(specgram.frameCount()), values, specgram.binCount(),
           PeakPickingThreshold::kBins);
-}
-
-std::vector<PickedPeak> pickPeaksWithStrength(const Spectrogram& filtered) {
-  return pickPeaksAfter([](std::int32_t, std::int32_t) {}, filtered);
 }
 
 std::vector<Peak> withoutStrengths(const std::vector<PickedPeak>& picked) {
@@ -154,15 +105,14 @@ std::vector<Peak> withoutStrengths(const std::vector<PickedPeak>& picked) {
 }
 
 std::vector<Peak> pickPeaks(const Spectrogram& filtered) {
-  return withoutStrengths(pickPeaksWithStrength(filtered));
-}
-
-std::vector<PickedPeak> findPeaksWithStrength(Spectrogram&& power) {
-  return findPeaksOfDensity(power, scaleAndFindLargest(power));
+  std::vector<PickedPeak> peaks;
+  PeakPicker(0.0).pick(filtered.values().data(), static_cast<std::size_t>(filtered.frameCount()),
+                       peaks);
+  return withoutStrengths(peaks);
 }
 
 std::vector<Peak> findPeaks(Spectrogram& power) {
-  const double largest = scaleAndFindLargest(power);
+  const double largest = scaleToDensity(power);
   Spectrogram density = power;
   return withoutStrengths(findPeaksOfDensity(density, largest));
 }

@@ -1,6 +1,10 @@
 // Building databases: rows, common hashes, files that grow.
+#include <algorithm>
+#include <cstdlib>
 #include <filesystem>
+#include <iterator>
 #include <map>
+#include <random>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -24,8 +28,21 @@ namespace {
 
 using test::TemporaryFolder;
 
-Sighting sighting(std::int32_t hash, std::int32_t time, double strength = 0.5) {
+Sighting sighting(std::int32_t hash, std::int32_t time, float strength = 0.5F) {
   return {{time, hash}, strength};
+}
+
+// What is selected of `sightings` that come in stretches of `step` frames.
+std::vector<QueryHash> select(const std::vector<Sighting>& sightings, bool best, std::size_t count,
+                              std::int32_t step = 1000, std::size_t memory = 1 << 20) {
+  RowSelection selection(best, memory);
+  for (std::int32_t end = step; end < 1000 + step; end += step) {
+    std::vector<Sighting> stretch;
+    std::copy_if(sightings.begin(), sightings.end(), std::back_inserter(stretch),
+                 [&](const Sighting& s) { return s.row.time < end && s.row.time >= end - step; });
+    selection.add(stretch, end);
+  }
+  return selection.finish(count);
 }
 
 TEST(HashCounts, SurvivePackingAndDamageIsNoticed) {
@@ -52,19 +69,63 @@ TEST(CommonHashes, AreThoseFarAboveTheMeanOfWhatOccurs) {
 }
 
 TEST(RowSelection, PrefersRowsThatManyAlignmentsShowAndStrongOnes) {
-  const std::vector<Sighting> sightings = {sighting(1, 10),      sighting(2, 50),
-                                           sighting(2, 50),      sighting(2, 50),
-                                           sighting(3, 70, 3.0), sighting(3, 70, 0.1)};
-  EXPECT_EQ(bestRows(sightings, 1), (std::vector<QueryHash>{{70, 3}}));
-  EXPECT_EQ(bestRows(sightings, 2), (std::vector<QueryHash>{{50, 2}, {70, 3}}));
-  EXPECT_EQ(allRows(sightings), (std::vector<QueryHash>{{10, 1}, {50, 2}, {70, 3}}));
+  const std::vector<Sighting> sightings = {sighting(1, 10),       sighting(2, 50),
+                                           sighting(2, 50),       sighting(2, 50),
+                                           sighting(3, 70, 3.0F), sighting(3, 70, 0.1F)};
+  EXPECT_EQ(select(sightings, true, 1), (std::vector<QueryHash>{{70, 3}}));
+  EXPECT_EQ(select(sightings, true, 2), (std::vector<QueryHash>{{50, 2}, {70, 3}}));
+  EXPECT_EQ(select(sightings, false, 0), (std::vector<QueryHash>{{10, 1}, {50, 2}, {70, 3}}));
 }
 
 TEST(RowSelection, KeepsOneOfEqualHashesWithinAWindow) {
-  const std::vector<Sighting> sustained = {sighting(7, 20, 0.1), sighting(7, 21, 0.9),
-                                           sighting(7, 23, 0.8), sighting(7, 24, 0.7),
-                                           sighting(8, 22, 0.1)};
-  EXPECT_EQ(bestRows(sustained, 10), (std::vector<QueryHash>{{21, 7}, {24, 7}, {22, 8}}));
+  const std::vector<Sighting> sustained = {sighting(7, 20, 0.1F), sighting(7, 21, 0.9F),
+                                           sighting(7, 23, 0.8F), sighting(7, 24, 0.7F),
+                                           sighting(8, 22, 0.1F)};
+  EXPECT_EQ(select(sustained, true, 10), (std::vector<QueryHash>{{21, 7}, {24, 7}, {22, 8}}));
+}
+
+TEST(RowSelection, IsTheSameWhateverTheStretchesAndTheMemory) {
+  std::mt19937 random(3);
+  std::vector<Sighting> sightings;
+  for (int i = 0; i < 4000; ++i) {
+    const auto bits = static_cast<std::uint32_t>(random());
+    // Few hashes and strengths, so that rows are close, and equally good, again and again.
+    sightings.push_back(sighting(static_cast<std::int32_t>(bits % 16),
+                                 static_cast<std::int32_t>(bits / 16 % 1000),
+                                 static_cast<float>(bits >> 28)));
+  }
+  for (const std::size_t count : {0U, 1U, 700U, 1500U, 9999U}) {
+    const std::vector<QueryHash> rows = select(sightings, true, count);
+    for (const std::int32_t step : {1, 7, 500}) {
+      EXPECT_EQ(select(sightings, true, count, step, 2000), rows) << count << ' ' << step;
+    }
+  }
+}
+
+TEST(TrackFingerprinter, GivesTheSameRowsWhateverTheMemory) {
+  const RowRule rule{4, 100'000};
+  TrackFingerprinter plain(rule);
+  TrackFingerprinter frugal(rule, 1000);
+  // Around one frame, the frames of one step, and long enough for all that is done in stretches.
+  for (const std::size_t samples : {0, 511, 512, 575, 576, 8447, 8448, 8703, 8704, 11'025 * 120}) {
+    const std::vector<std::int32_t> tune =
+        test::makeTune(6, static_cast<double>(samples) / 11025.0);
+    plain.add(tune.data(), tune.size());
+    frugal.add(tune.data(), tune.size());
+    const std::vector<QueryHash> rows = plain.finish();
+    EXPECT_EQ(frugal.finish(), rows) << samples;
+    EXPECT_EQ(rows.size() > 3000, samples > 11'025) << rows.size();
+  }
+}
+
+TEST(TrackFingerprinter, SaysWhenThereIsNoRoomForATemporaryFile) {
+  ::setenv("TMPDIR", "/proc/nowhere", 1);
+  const std::vector<std::int32_t> tune = test::makeTune(6, 1.0);
+  TrackFingerprinter frugal({1, 0}, 1000);
+  EXPECT_THROW(frugal.add(tune.data(), tune.size()), CatalogError);
+  ::unsetenv("TMPDIR");
+  frugal.clear();
+  EXPECT_TRUE(frugal.finish().empty());
 }
 
 TEST(TrackFingerprinter, SeesWhatAQuerySeesWhateverThePieces) {

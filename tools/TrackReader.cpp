@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "catalog/CatalogError.h"
 #include "catalog/TrackFingerprinter.h"
 #include "lib/LirvoxSettings.h"
 #include "tools/AudioDecoder.h"
@@ -27,12 +28,15 @@ ReadTrack read(const ListedFile& file, catalog::TrackFingerprinter& fingerprinte
     const std::string name = std::filesystem::path(file.path).stem().string();
     result.track = {
         {tags.title.empty() ? name : tags.title, tags.artist, file.path, seconds}, file.stamp, {}};
+    result.track.rows = fingerprinter.finish();
     result.state = ReadTrack::State::read;
   } catch (const AudioError& error) {
     result.reason = error.what();
     if (error.kind() == AudioError::Kind::noAudio) result.state = ReadTrack::State::noAudio;
+  } catch (const catalog::CatalogError& error) {
+    result.reason = error.what();
   }
-  result.track.rows = fingerprinter.finish();
+  fingerprinter.clear();
   return result;
 }
 

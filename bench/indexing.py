@@ -1,0 +1,90 @@
+#!/usr/bin/env python3
+"""Measures `lirvox index`: bench/indexing.py LIRVOX MUSIC... [--hours 1,10] [--repeat N]
+
+Processor time against fpcalc over the same files in the same run, the gain of a second
+worker, and memory and time against the length of a recording. Needs ffmpeg and fpcalc
+(package libchromaprint-tools). Of several repetitions the fastest counts: what other
+programs on the machine add to a time is never negative.
+"""
+import argparse
+import os
+import pathlib
+import subprocess
+import tempfile
+import time
+
+
+class Run:
+    """One run of a command: seconds of processor time and on the wall, peak megabytes."""
+
+    def __init__(self, command):
+        start = time.monotonic()
+        process = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+        self.messages = process.stderr.read().decode(errors="replace")
+        _, self.status, usage = os.wait4(process.pid, 0)
+        process.returncode = self.status
+        self.wall = time.monotonic() - start
+        self.cpu = usage.ru_utime + usage.ru_stime
+        self.megabytes = usage.ru_maxrss / 1024
+
+
+def index(lirvox, jobs, paths):
+    with tempfile.TemporaryDirectory() as folder:
+        run = Run([lirvox, "index", "-j", str(jobs), "-d", folder + "/music.sqlite", *paths])
+    if run.status != 0:
+        raise SystemExit(run.messages)
+    return run
+
+
+def fastest(runs, key):
+    return min(getattr(run, key) for run in runs)
+
+
+def sound_files(folders):
+    files = [p for f in folders for p in sorted(pathlib.Path(f).rglob("*")) if p.is_file()]
+    kinds = {".aac", ".flac", ".m4a", ".mp3", ".ogg", ".opus", ".wav"}
+    return [str(p) for p in files if p.suffix.lower() in kinds]
+
+
+def compare(lirvox, files, repeat):
+    ours, two, theirs = [], [], []
+    for _ in range(repeat):
+        theirs.append(sum(Run(["fpcalc", "-length", "0", "-raw", f]).cpu for f in files))
+        ours.append(index(lirvox, 1, files))
+        two.append(index(lirvox, 2, files))
+    cpu = fastest(ours, "cpu")
+    print(f"{len(files)} files            lirvox index {cpu:8.2f} s   fpcalc {min(theirs):8.2f} s   "
+          f"ratio {cpu / min(theirs):5.2f}   (to reach: 1.0)")
+    one, both = fastest(ours, "wall"), fastest(two, "wall")
+    print(f"on the wall         -j 1 {one:8.2f} s   -j 2 {both:8.2f} s   "
+          f"ratio {one / both:5.2f}   (to reach: 1.8)")
+
+
+def grow(lirvox, file, hours):
+    print("\nrecording   processor time   per hour   peak memory   (to reach: 100 MB, linear)")
+    for length in hours:
+        with tempfile.TemporaryDirectory(dir="/var/tmp") as folder:
+            recording = folder + "/recording.wav"
+            subprocess.run(
+                ["ffmpeg", "-v", "quiet", "-stream_loop", "-1", "-i", file, "-t",
+                 str(length * 3600), "-ac", "1", "-ar", "11025", recording], check=True)
+            run = index(lirvox, 1, [recording])
+        print(f"{length:7g} h   {run.cpu:12.2f} s   {run.cpu / length:6.2f} s   {run.megabytes:8.1f} MB",
+              flush=True)
+
+
+def main():
+    arguments = argparse.ArgumentParser()
+    arguments.add_argument("lirvox")
+    arguments.add_argument("music", nargs="+")
+    arguments.add_argument("--hours", default="1,2.5,5,10")
+    arguments.add_argument("--repeat", type=int, default=3)
+    options = arguments.parse_args()
+    files = sound_files(options.music)
+    if options.repeat > 0:
+        compare(options.lirvox, files, options.repeat)
+    grow(options.lirvox, files[0], [float(h) for h in options.hours.split(",") if h])
+
+
+if __name__ == "__main__":
+    main()
