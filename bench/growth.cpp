@@ -1,0 +1,315 @@
+// How lookup, vote and recognition change as a database grows.
+//
+//   lirvox_growth -d DATABASE [--tracks N,N,...] [--excerpts N] [--seed N] [--minimum N]
+//
+// Takes the tracks of a database that `lirvox index` made, grows them to N tracks by copies whose
+// frequencies and times are moved, and looks excerpts of the original files up, clean and in white
+// noise 10 dB below the music: in the whole database, and with the rows of the excerpt's own track
+// left out, when every answer is false. Prints one line of tab-separated figures for each N.
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <ctime>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <SQLiteCpp/SQLiteCpp.h>
+#include <SQLiteCpp/VariadicBind.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "catalog/HashCounts.h"
+#include "lib/Hits.h"
+#include "lib/HitsByTrack.h"
+#include "lib/LirvoxDatabase.h"
+#include "lib/TrackOrder.h"
+#include "lib/Vote.h"
+#include "tools/AudioDecoder.h"
+#include "tools/QueryPass.h"
+
+using namespace lirvox;
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kExcerpt = 5 * 11025;
+constexpr int kColdLookups = 20;
+constexpr std::int32_t kTargetBits = 12;  // of a hash: what lies below the anchor's bin
+constexpr std::int32_t kBins = 256;
+
+struct BaseTrack {
+  std::string path;
+  std::vector<QueryHash> rows;
+};
+
+struct Excerpt {
+  std::int32_t track;  // its id in every grown database
+  std::vector<QueryHash> hashes;
+};
+
+// A row as one number, in the order of the file.
+std::uint64_t packRow(std::int32_t hash, std::int32_t track, std::int32_t time) {
+  return static_cast<std::uint64_t>(hash) << 44 | static_cast<std::uint64_t>(track) << 24 |
+         static_cast<std::uint64_t>(time);
+}
+std::int32_t hashOf(std::uint64_t row) {
+  return static_cast<std::int32_t>(row >> 44);
+}
+std::int32_t trackOf(std::uint64_t row) {
+  return static_cast<std::int32_t>(row >> 24 & 0xFFFFF);
+}
+std::int32_t timeOf(std::uint64_t row) {
+  return static_cast<std::int32_t>(row & 0xFFFFFF);
+}
+
+// With the rows that count and those kept aside.
+std::vector<BaseTrack> readBase(const std::string& path) {
+  const SQLite::Database file(path);
+  std::vector<BaseTrack> tracks;
+  std::map<std::int32_t, std::size_t> places;
+  SQLite::Statement names(file, "SELECT track_id, path FROM tracks ORDER BY track_id");
+  while (names.executeStep()) {
+    places.emplace(names.getColumn(0).getInt(), tracks.size());
+    tracks.push_back({names.getColumn(1).getString(), {}});
+  }
+  SQLite::Statement rows(file,
+                         "SELECT track_id, num1, num2 FROM db"
+                         " UNION ALL SELECT track_id, num1, num2 FROM held");
+  while (rows.executeStep()) {
+    BaseTrack& track = tracks[places.at(rows.getColumn(0).getInt())];
+    track.rows.push_back({rows.getColumn(1).getInt(), rows.getColumn(2).getInt()});
+  }
+  return tracks;
+}
+
+// Tracks 1 to `count`: the originals first, then copies a few bins higher or lower and up to
+// 15 % faster or slower.
+std::vector<std::uint64_t> grow(const std::vector<BaseTrack>& base, std::int32_t count,
+                                std::mt19937& random) {
+  std::vector<std::uint64_t> rows;
+  for (std::int32_t track = 1; track <= count; ++track) {
+    const auto original = static_cast<std::size_t>(track - 1) % base.size();
+    const bool isCopy = static_cast<std::size_t>(track) > base.size();
+    const std::int32_t distance = isCopy ? 1 + static_cast<std::int32_t>(random() % 24) : 0;
+    const std::int32_t shift = random() % 2 == 0 ? distance : -distance;
+    const double speed = isCopy ? 0.85 + 0.3 * static_cast<double>(random() % 1000) / 1000.0 : 1.0;
+    for (const QueryHash& row : base[original].rows) {
+      const std::int32_t bin = (row.hash >> kTargetBits) + shift;
+      if (bin < 0 || bin >= kBins) continue;
+      rows.push_back(packRow(row.hash + (shift << kTargetBits), track,
+                             static_cast<std::int32_t>(std::lround(row.time / speed))));
+    }
+  }
+  std::sort(rows.begin(), rows.end());
+  rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
+  return rows;
+}
+
+// As a catalogue does with its default rule.
+void leaveOutCommonHashes(std::vector<std::uint64_t>& rows) {
+  catalog::HashCounts counts(catalog::kHashes);
+  for (const std::uint64_t row : rows) ++counts[static_cast<std::size_t>(hashOf(row))];
+  const std::uint32_t limit = catalog::commonHashLimit(counts, {});
+  std::erase_if(rows, [&](std::uint64_t row) {
+    return counts[static_cast<std::size_t>(hashOf(row))] > limit;
+  });
+}
+
+void write(const std::string& path, const std::vector<std::uint64_t>& rows) {
+  fs::remove(path);
+  SQLite::Database file(path, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+  file.exec("PRAGMA journal_mode = OFF");
+  file.exec("PRAGMA synchronous = OFF");
+  SQLite::Transaction transaction(file);
+  file.exec(
+      "CREATE TABLE db(track_id INTEGER NOT NULL, num1 INTEGER NOT NULL, num2 INTEGER NOT NULL,"
+      " PRIMARY KEY(num2, track_id, num1)) WITHOUT ROWID");
+  SQLite::Statement insert(file, "INSERT INTO db VALUES(?, ?, ?)");
+  for (const std::uint64_t row : rows) {
+    SQLite::bind(insert, trackOf(row), timeOf(row), hashOf(row));
+    insert.exec();
+    insert.reset();
+  }
+  transaction.commit();
+}
+
+std::vector<std::int32_t> readSamples(const std::string& path) {
+  std::vector<std::int32_t> samples;
+  tools::readAudio(path, [&](const std::int32_t* words, std::size_t count) {
+    samples.insert(samples.end(), words, words + count);
+    return true;
+  });
+  return samples;
+}
+
+std::vector<QueryHash> hashesOf(const std::vector<std::int32_t>& samples) {
+  tools::QueryPass pass;
+  pass.add(samples.data(), samples.size());
+  std::vector<QueryHash> hashes;
+  for (const auto& shift : pass.hashesByShift()) {
+    hashes.insert(hashes.end(), shift.begin(), shift.end());
+  }
+  return hashes;
+}
+
+std::vector<std::int32_t> withNoise(const std::vector<std::int32_t>& samples, double decibels,
+                                    std::mt19937& random) {
+  double energy = 0.0;
+  for (const double sample : samples) energy += sample * sample;
+  const double level = std::sqrt(energy / static_cast<double>(samples.size()));
+  std::normal_distribution<double> noise(0.0, level * std::pow(10.0, -decibels / 20.0) + 1.0);
+  std::vector<std::int32_t> mixed;
+  for (const double sample : samples) {
+    mixed.push_back(
+        static_cast<std::int32_t>(std::clamp(sample + noise(random), -2147483648.0, 2147483647.0)));
+  }
+  return mixed;
+}
+
+struct Trial {
+  std::vector<Excerpt> clean;
+  std::vector<Excerpt> noisy;
+};
+
+// Each file is decoded once, for all of its excerpts.
+Trial cut(const std::vector<BaseTrack>& base, int count, std::mt19937& random) {
+  Trial trial;
+  const int each = std::max(1, count / static_cast<int>(base.size()));
+  for (std::size_t i = 0; i < base.size(); ++i) {
+    const std::vector<std::int32_t> all = readSamples(base[i].path);
+    if (all.size() <= 4 * kExcerpt) continue;
+    for (int n = 0; n < each; ++n) {
+      const auto start = static_cast<std::ptrdiff_t>(random() % (all.size() - kExcerpt));
+      const std::vector<std::int32_t> samples(all.begin() + start,
+                                              all.begin() + start + std::ptrdiff_t{kExcerpt});
+      const auto id = static_cast<std::int32_t>(i + 1);
+      trial.clean.push_back({id, hashesOf(samples)});
+      trial.noisy.push_back({id, hashesOf(withNoise(samples, 10.0, random))});
+    }
+  }
+  return trial;
+}
+
+// Processor time of this thread, which others on the machine do not add to.
+double processorMilliseconds() {
+  timespec now{};
+  ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+  return static_cast<double>(now.tv_sec) * 1e3 + static_cast<double>(now.tv_nsec) * 1e-6;
+}
+
+struct Figures {
+  int right = 0;
+  int wrong = 0;
+  int absentAnswered = 0;
+  double lookup = 0.0;  // milliseconds in all
+  double vote = 0.0;
+  double rows = 0.0;
+};
+
+std::optional<LirvoxResult> voteOn(const PassHits& pass, std::int32_t minimum) {
+  const HitsByTrack hits(pass);
+  return chooseResult(vote(hits, chooseTrackOrder(hits, minimum)).candidates, minimum);
+}
+
+PassHits without(PassHits pass, std::int32_t track) {
+  std::erase_if(pass.hits, [&](const LirvoxHit& hit) { return hit.hit_id.intValue() == track; });
+  std::erase_if(pass.trackHitCounts,
+                [&](const TrackHitCount& count) { return count.track_id.intValue() == track; });
+  return pass;
+}
+
+Figures judge(const std::vector<Excerpt>& excerpts, LirvoxDatabase& database,
+              std::int32_t minimum) {
+  Figures figures;
+  for (const Excerpt& excerpt : excerpts) {
+    const double begin = processorMilliseconds();
+    const auto rows = database.selectFingerprints(excerpt.hashes);
+    const double found = processorMilliseconds();
+    const PassHits pass = formHits(rows ? &*rows : nullptr, excerpt.hashes);
+    const auto result = voteOn(pass, minimum);
+    figures.vote += processorMilliseconds() - found;
+    figures.lookup += found - begin;
+    figures.rows += rows ? static_cast<double>(rows->rowCount()) : 0.0;
+    if (result) {
+      ++(result->result_id.intValue() == excerpt.track ? figures.right : figures.wrong);
+    }
+    if (voteOn(without(pass, excerpt.track), minimum)) ++figures.absentAnswered;
+  }
+  return figures;
+}
+
+// What a lookup takes on the clock when nothing of the file is in memory.
+double coldMilliseconds(const std::string& path, const std::vector<Excerpt>& excerpts) {
+  double sum = 0.0;
+  for (int i = 0; i < kColdLookups; ++i) {
+    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    ::fdatasync(file);
+    ::posix_fadvise(file, 0, 0, POSIX_FADV_DONTNEED);
+    ::close(file);
+    LirvoxDatabase database(path);
+    const auto begin = std::chrono::steady_clock::now();
+    database.selectFingerprints(excerpts[static_cast<std::size_t>(i) % excerpts.size()].hashes);
+    sum +=
+        std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
+  }
+  return sum / kColdLookups;
+}
+
+void run(std::int32_t tracks, const std::vector<BaseTrack>& base, const Trial& trial,
+         std::int32_t minimum, unsigned seed) {
+  const std::string path = fs::temp_directory_path() / "lirvox-growth.sqlite";
+  std::mt19937 random(seed);
+  std::vector<std::uint64_t> rows = grow(base, tracks, random);
+  leaveOutCommonHashes(rows);
+  write(path, rows);
+  const std::size_t count = rows.size();
+  rows = {};
+  const double cold = coldMilliseconds(path, trial.clean);
+  LirvoxDatabase database(path);
+  judge(trial.clean, database, minimum);  // warms the file
+  const Figures clean = judge(trial.clean, database, minimum);
+  const Figures noisy = judge(trial.noisy, database, minimum);
+  const auto excerpts = static_cast<double>(trial.clean.size());
+  const auto percent = [&](int of) { return 100.0 * of / excerpts; };
+  std::printf("%d\t%zu\t%.1f\t%.0f\t%.2f\t%.2f\t%.2f\t%.1f\t%.1f\t%.1f\t%.1f\t%.1f\t%.1f\n", tracks,
+              count, static_cast<double>(fs::file_size(path)) / 1e6, clean.rows / excerpts,
+              clean.lookup / excerpts, clean.vote / excerpts, cold, percent(clean.right),
+              percent(clean.wrong), percent(clean.absentAnswered), percent(noisy.right),
+              percent(noisy.wrong), percent(noisy.absentAnswered));
+  std::fflush(stdout);
+  fs::remove(path);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App app("How lookup, vote and recognition change as a database grows");
+  std::string databasePath;
+  std::vector<std::int32_t> sizes = {100, 300, 1000, 3000, 10000};
+  int excerpts = 200;
+  unsigned seed = 1;
+  std::int32_t minimum = 30;
+  app.add_option("-d,--database", databasePath, "Database to grow")->required();
+  app.add_option("--tracks", sizes, "Numbers of tracks")->delimiter(',');
+  app.add_option("--excerpts", excerpts, "Number of excerpts")->capture_default_str();
+  app.add_option("--seed", seed, "Seed of places, noise and copies")->capture_default_str();
+  app.add_option("--minimum", minimum, "Votes that a result must exceed")->capture_default_str();
+  CLI11_PARSE(app, argc, argv);
+
+  const std::vector<BaseTrack> base = readBase(databasePath);
+  std::mt19937 random(seed);
+  const Trial trial = cut(base, excerpts, random);
+  std::printf(
+      "tracks\trows\tMB\trows/query\tlookup ms\tvote ms\tcold ms\tright\twrong\tabsent"
+      "\tnoisy right\tnoisy wrong\tnoisy absent\n");
+  for (const std::int32_t size : sizes) run(size, base, trial, minimum, seed);
+}
