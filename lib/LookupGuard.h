@@ -12,7 +12,8 @@ namespace lirvox {
 
 /// Opens the file at `path` for reading only, so that a journal beside it is never
 /// played back: that would change the file, and remove others that the journal names. A
-/// missing file is made, empty. Returns SQLite's result; `database` is as SQLite sets it.
+/// file that cannot be opened so is left to `sqlite3_open`. Returns SQLite's result;
+/// `database` is as SQLite sets it.
 int openForReading(const std::string& path, sqlite3*& database);
 
 /// Guards one connection against what its file holds: views and virtual tables cannot be
