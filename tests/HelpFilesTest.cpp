@@ -31,7 +31,7 @@ TEST(HelpFiles, BashCompletesCommandsOptionsChoicesAndFiles) {
     const char* words;  // of the line; the last one is to be completed
     const char* completions;
   } cases[] = {
-      {"lirvox lis", "listen\n"},
+      {"lirvox liste", "listen\n"},
       {"lirvox --ver", "--version\n"},
       {"lirvox listen --s", "--seconds\n--source\n--save\n"},
       {"lirvox listen --format ''", "text\njson\n"},

@@ -2,11 +2,16 @@
 #pragma once
 
 #include <functional>
+#include <ostream>
 
 namespace lirvox::test {
 
 /// How long a failure lasts: one request, or all later ones of the operation too.
 enum class Failing { once, onwards };
+
+inline void PrintTo(Failing failing, std::ostream* out) {
+  *out << (failing == Failing::once ? "once" : "onwards");
+}
 
 /// Counts a request to the system; true when it is to fail. Only requests of the thread on
 /// which `failEach` runs count, and only while its operation runs.
