@@ -48,6 +48,12 @@ class SightingReader {
   std::size_t read_ = 0;
 };
 
+// Frames of half an hour: mixes and long movements are worth the memory, since computing
+// frames again takes half as much time again.
+std::size_t framesToHold(std::size_t samplesInMemory) {
+  return samplesInMemory / 2 * 5 / static_cast<std::size_t>(LirvoxSettings::settingNHop());
+}
+
 // The strength of the peak at (frame, bin), which is one of `picked`.
 double strengthAt(const std::vector<PickedPeak>& picked, std::int32_t frame, std::int32_t bin) {
   return std::lower_bound(picked.begin(), picked.end(), Peak{frame, bin},
@@ -63,7 +69,7 @@ double strengthAt(const std::vector<PickedPeak>& picked, std::int32_t frame, std
 TrackFingerprinter::TrackFingerprinter(const RowRule& rule, std::size_t samplesInMemory)
     : rule_(rule),
       samples_(samplesInMemory * sizeof(float)),
-      spectrogram_(samplesInMemory / static_cast<std::size_t>(LirvoxSettings::settingNHop())),
+      spectrogram_(framesToHold(samplesInMemory)),
       selection_(rule.rowsPerHour > 0, samplesInMemory) {
   for (int i = 0; i < rule.alignments; ++i) sightings_.emplace_back(samplesInMemory / 8);
 }

@@ -21,9 +21,10 @@ class TrackFingerprinter {
   /// Twelve minutes.
   static constexpr std::size_t kSamplesInMemory = std::size_t{1} << 23;
 
-  /// Tracks of up to `samplesInMemory` samples are held in memory with all that is made
-  /// of them. Longer ones take temporary files, little memory whatever their length, and
-  /// half as much time again; their rows are the same.
+  /// Of longer tracks than `samplesInMemory` samples the rest is in temporary files. The
+  /// spectrogram of tracks up to two and a half times as long (170 MB) is held in memory;
+  /// longer ones take little memory whatever their length, and half as much time again.
+  /// The rows are the same.
   explicit TrackFingerprinter(const RowRule& rule, std::size_t samplesInMemory = kSamplesInMemory);
 
   /// Takes the next samples of the track: 32-bit words, mono, 11025 Hz. `CatalogError`
