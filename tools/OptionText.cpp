@@ -67,8 +67,8 @@ std::string defaultText(const Option& option) {
 }
 
 Offered offeredFor(const Option& option) {
-  static constexpr std::array<std::string_view, 8> kFiles = {
-      "ARCHIVE", "DATABASE", "FILE", "FILES", "MUSIC", "OUTPUT", "PATH", "RECORDING"};
+  static constexpr std::array<std::string_view, 9> kFiles = {
+      "ARCHIVE", "DATABASE", "FILE", "FILES", "MUSIC", "OUTPUT", "PART", "PATH", "RECORDING"};
   static constexpr std::array<std::string_view, 2> kFolders = {"DIR", "FOLDER"};
   const std::string name = valueName(option);
   if (!option.choices.empty()) return Offered::nothing;
