@@ -35,11 +35,11 @@ TEST_F(UserDefaultsTest, ValuesReachOtherProcessesOnceSynchronizedAndLeaveTheirs
 }
 
 TEST_F(UserDefaultsTest, DamagedFilesCountAsEmptyAndAreKeptAside) {
-  for (const std::string& damaged : {std::string("{\"stamp\": \"cut"), std::string("[1]"),
-                                     std::string(), std::string(1000000, '['),
-                                     "{\"a\": " + std::string(200000, '[') +
-                                         std::string(200000, ']') + "}",
-                                     "{\"stamp\": \"" + std::string(17 << 20, 'x') + "\"}"}) {
+  for (const std::string& damaged :
+       {std::string("{\"stamp\": \"cut"), std::string("[1]"), std::string(),
+        std::string(1000000, '['),
+        "{\"a\": " + std::string(200000, '[') + std::string(200000, ']') + "}",
+        "{\"stamp\": \"" + std::string(17 << 20, 'x') + "\"}"}) {
     writeFile(path_, damaged);
     JsonUserDefaults defaults(path_);
     EXPECT_EQ(defaults.stringForKey("stamp"), std::nullopt);
