@@ -107,7 +107,7 @@ TEST(TrackFingerprinter, GivesTheSameRowsWhateverTheMemory) {
   TrackFingerprinter plain(rule);
   TrackFingerprinter frugal(rule, 1000);
   // Around one frame, the frames of one step, and long enough for all that is done in stretches.
-  for (const std::size_t samples : {0, 511, 512, 575, 576, 8447, 8448, 8703, 8704, 11'025 * 120}) {
+  for (const int samples : {0, 511, 512, 575, 576, 8447, 8448, 8703, 8704, 11'025 * 120}) {
     const std::vector<std::int32_t> tune =
         test::makeTune(6, static_cast<double>(samples) / 11025.0);
     plain.add(tune.data(), tune.size());
