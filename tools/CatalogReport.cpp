@@ -33,19 +33,13 @@ Json asJson(const ListedTrack& track) {
           {"held_rows", track.heldRows}};
 }
 
-std::string quoted(std::string text) {
-  for (std::size_t at = 0; (at = text.find('"', at)) != std::string::npos; at += 2) {
-    text.insert(at, 1, '"');
-  }
-  return '"' + text + '"';
-}
-
 void printCsv(const std::vector<ListedTrack>& tracks) {
   std::cout << "track_id,title,artist,path,duration,rows,held_rows\r\n";
   for (const ListedTrack& track : tracks) {
-    std::cout << track.id << ',' << quoted(track.info.title) << ',' << quoted(track.info.artist)
-              << ',' << quoted(track.info.path) << ',' << track.info.durationInSeconds << ','
-              << track.rows << ',' << track.heldRows << "\r\n";
+    std::cout << track.id << ',' << quotedCell(track.info.title) << ','
+              << quotedCell(track.info.artist) << ',' << quotedCell(track.info.path) << ','
+              << track.info.durationInSeconds << ',' << track.rows << ',' << track.heldRows
+              << "\r\n";
   }
 }
 

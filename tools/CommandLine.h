@@ -72,6 +72,7 @@ Command plotCommand();
 Command infoCommand();
 Command listenCommand();
 Command devicesCommand();
+Command scanCommand();
 Command replayCommand();
 Command installCommand();
 Command updateCommand();

@@ -50,4 +50,11 @@ std::string alignedLines(const std::vector<std::vector<std::string>>& rows) {
   return lines;
 }
 
+std::string quotedCell(std::string text) {
+  for (std::size_t at = 0; (at = text.find('"', at)) != std::string::npos; at += 2) {
+    text.insert(at, 1, '"');
+  }
+  return '"' + text + '"';
+}
+
 }  // namespace lirvox::tools

@@ -11,4 +11,7 @@ namespace lirvox::tools {
 /// cells push the rest of their line aside.
 std::string alignedLines(const std::vector<std::vector<std::string>>& rows);
 
+/// A text as a cell of CSV, in quotes.
+std::string quotedCell(std::string text);
+
 }  // namespace lirvox::tools

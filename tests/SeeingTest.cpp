@@ -1,0 +1,126 @@
+// lirvox scan: what it tells of recordings whose contents are known.
+#include <filesystem>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "tests/support/Command.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/Tune.h"
+
+namespace lirvox::test {
+namespace {
+
+using Json = nlohmann::json;
+using Samples = std::vector<std::int32_t>;
+
+// Tunes 1 to 3 are in the database.
+class Seeing : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    folder_ = new TemporaryFolder;
+    std::filesystem::create_directory(path("music"));
+    for (unsigned seed = 1; seed <= 3; ++seed) {
+      writeWav(path("music/tune" + std::to_string(seed) + ".wav"), makeTune(seed, 30.0));
+    }
+    ASSERT_EQ(run("index -d db music").status, 0);
+  }
+  static void TearDownTestSuite() { delete folder_; }
+
+  static std::string path(const std::string& name) { return folder_->path(name).string(); }
+  static Finished run(const std::string& arguments) {
+    const std::string folder = "'" + folder_->path().string() + "'";
+    return runCommand("cd " + folder + " && LIRVOX_CACHES_DIR=" + folder + "/caches " +
+                      LIRVOX_PROGRAM " " + arguments);
+  }
+
+  static std::vector<Json> lines(const std::string& output) {
+    std::vector<Json> all;
+    std::istringstream text(output);
+    for (std::string line; std::getline(text, line);) all.push_back(Json::parse(line));
+    return all;
+  }
+
+  static TemporaryFolder* folder_;
+};
+
+TemporaryFolder* Seeing::folder_ = nullptr;
+
+struct Part {
+  unsigned tune;  // 0: silence
+  double from;
+  double seconds;
+};
+
+Samples recordingOf(const std::vector<Part>& parts) {
+  Samples all;
+  for (const auto& [tune, from, seconds] : parts) {
+    const Samples whole = tune ? makeTune(tune, 30.0) : Samples(30 * 11025);
+    const auto begin = whole.begin() + static_cast<std::ptrdiff_t>(from * 11025);
+    all.insert(all.end(), begin, begin + static_cast<std::ptrdiff_t>(seconds * 11025));
+  }
+  return all;
+}
+
+TEST_F(Seeing, AScanTellsWhatIsHeardWhen) {
+  const struct {
+    const char* arguments;
+    std::vector<Part> parts;  // as played, which is what must be told
+  } cases[] = {
+      {"", {{1, 0, 20}, {0, 0, 10}, {2, 5, 12}, {3, 0, 30}}},
+      {"", {{0, 0, 20}, {1, 10, 20}, {1, 0, 20}, {0, 0, 8}}},
+      {"--seconds 3 --step 1", {{2, 3, 7}, {9, 0, 7}, {2, 20, 9}}},
+      {"", {{2, 0, 4}}},
+      {"", {{9, 0, 3}}},
+      {"--step 4 --min-votes 100000", {{0, 0, 30}}},
+  };
+  for (const auto& [arguments, parts] : cases) {
+    writeRecording(path("long.dat"), recordingOf(parts));
+    const Finished scanned = run(std::string("scan -d db --format json long.dat ") + arguments);
+    const std::vector<Json> told = lines(scanned.output);
+    ASSERT_EQ(told.size(), parts.size()) << scanned.output;
+    double start = 0.0;
+    bool any = false;
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+      const bool known = parts[i].tune >= 1 && parts[i].tune <= 3;
+      any = any || known;
+      EXPECT_NEAR(told[i].at("from"), start, 1.5) << scanned.output;
+      start += parts[i].seconds;
+      EXPECT_NEAR(told[i].at("to"), start, 1.5) << scanned.output;
+      EXPECT_EQ(told[i].at("recognized"), known);
+      if (!known) continue;
+      EXPECT_EQ(told[i].at("title"), "tune" + std::to_string(parts[i].tune));
+      EXPECT_NEAR(told[i].at("position"), parts[i].from, 1.5) << scanned.output;
+    }
+    EXPECT_EQ(scanned.status, any ? 0 : 1);
+  }
+}
+
+TEST_F(Seeing, AScanHasOtherFormatsAndFailsWhereItMust) {
+  writeRecording(path("long.dat"), recordingOf({{1, 0, 10}, {0, 0, 10}}));
+  writeRecording(path("empty.dat"), {});
+  const struct {
+    const char* arguments;
+    int status;
+    const char* says;
+  } cases[] = {
+      {"-d db long.dat", 0, " nothing recognized\n"},
+      {"-d db --format csv long.dat", 0, ",20.00,,,,,\r\n"},
+      {"-d db - < music/tune2.wav", 0, "0:00 - 0:29  tune2 at 0:00 ("},
+      {"-d db empty.dat", 3, "empty.dat: no audio"},
+      {"-d db none.wav", 3, "none.wav: No such file"},
+      {"-d none long.dat", 4, "none: no database"},
+      {"-d db --step 0 long.dat", 2, "--step"},
+  };
+  for (const auto& [arguments, status, says] : cases) {
+    const Finished scanned = run(std::string("scan ") + arguments);
+    EXPECT_EQ(scanned.status, status) << arguments << scanned.output;
+    EXPECT_NE(scanned.output.find(says), std::string::npos) << arguments << scanned.output;
+  }
+}
+
+}  // namespace
+}  // namespace lirvox::test
