@@ -9,7 +9,6 @@
 // the same places.
 #include <algorithm>
 #include <chrono>
-#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
@@ -26,14 +25,12 @@
 #include "catalog/CatalogSummary.h"
 #include "catalog/TrackFingerprinter.h"
 #include "lib/Hits.h"
-#include "lib/HitsByTrack.h"
 #include "lib/LirvoxDatabase.h"
-#include "lib/TrackOrder.h"
-#include "lib/Vote.h"
 #include "tools/AudioDecoder.h"
 #include "tools/Console.h"
+#include "tools/Degradation.h"
 #include "tools/FileList.h"
-#include "tools/QueryPass.h"
+#include "tools/Trial.h"
 
 using namespace lirvox;
 using namespace lirvox::tools;
@@ -44,7 +41,6 @@ using Samples = std::vector<std::int32_t>;
 
 constexpr double kRate = 11025.0;
 constexpr double kShortestTrackInSeconds = 20.0;
-constexpr double kSecondsPerFrame = 256.0 / kRate;
 
 struct Track {
   std::string path;
@@ -60,13 +56,6 @@ struct Excerpt {
 struct Way {
   const char* name;
   catalog::CatalogOptions options;
-};
-
-struct Rate {
-  int right = 0;
-  int rightPlace = 0;  // of those; music that repeats itself has more than one
-  int wrong = 0;
-  int absentAnswered = 0;
 };
 
 std::vector<Track> readTracks(const std::vector<std::string>& paths) {
@@ -88,91 +77,12 @@ std::vector<Track> readTracks(const std::vector<std::string>& paths) {
   return tracks;
 }
 
-// Pink noise by the sum of first-order filters of Paul Kellet.
-class PinkNoise {
- public:
-  explicit PinkNoise(std::mt19937& random) : random_(random) {}
-
-  double next() {
-    static constexpr double kPole[] = {0.99886, 0.99332, 0.96900, 0.86650, 0.55000, -0.76160};
-    static constexpr double kGain[] = {0.0555179, 0.0750759, 0.1538520,
-                                       0.3104856, 0.5329522, -0.0168980};
-    const double white = normal_(random_);
-    double sum = white * 0.5362 + last_;
-    for (std::size_t i = 0; i < 6; ++i) {
-      state_[i] = kPole[i] * state_[i] + white * kGain[i];
-      sum += state_[i];
-    }
-    last_ = white * 0.115926;
-    return sum;
-  }
-
- private:
-  std::mt19937& random_;
-  std::normal_distribution<double> normal_;
-  double state_[6] = {};
-  double last_ = 0.0;
-};
-
-double rootMeanSquare(const std::vector<double>& values) {
-  double sum = 0.0;
-  for (const double value : values) sum += value * value;
-  return std::sqrt(sum / static_cast<double>(values.size()));
-}
-
-// The samples with noise of a level `decibels` below theirs.
-Samples withPinkNoise(const Samples& samples, double decibels, std::mt19937& random) {
-  PinkNoise pink(random);
-  std::vector<double> noise(samples.size());
-  std::generate(noise.begin(), noise.end(), [&] { return pink.next(); });
-  const std::vector<double> music(samples.begin(), samples.end());
-  const double gain =
-      rootMeanSquare(music) / rootMeanSquare(noise) * std::pow(10.0, -decibels / 20.0);
-  Samples mixed(samples.size());
-  for (std::size_t i = 0; i < mixed.size(); ++i) {
-    mixed[i] = static_cast<std::int32_t>(
-        std::clamp(music[i] + gain * noise[i], -2147483648.0, 2147483647.0));
-  }
-  return mixed;
-}
-
-std::vector<QueryHash> hashesOf(const Samples& samples) {
-  QueryPass pass;
-  pass.add(samples.data(), samples.size());
-  std::vector<QueryHash> hashes;
-  for (const auto& shift : pass.hashesByShift()) {
-    hashes.insert(hashes.end(), shift.begin(), shift.end());
-  }
-  return hashes;
-}
-
-std::optional<LirvoxResult> voteOn(const PassHits& pass, std::int32_t minimum) {
-  const HitsByTrack hits(pass);
-  return chooseResult(vote(hits, chooseTrackOrder(hits, minimum).tracks).candidates, minimum);
-}
-
-// The hits of all tracks but one.
-PassHits without(const PassHits& pass, std::int32_t track) {
-  PassHits rest = pass;
-  std::erase_if(rest.hits, [&](const LirvoxHit& hit) { return hit.hit_id.intValue() == track; });
-  std::erase_if(rest.trackHitCounts,
-                [&](const TrackHitCount& count) { return count.track_id.intValue() == track; });
-  return rest;
-}
-
 void judge(const Excerpt& excerpt, LirvoxDatabase& database, std::int32_t minimum, Rate& rate) {
   const auto rows = database.selectFingerprints(excerpt.hashes);
   const PassHits pass = formHits(rows ? &*rows : nullptr, excerpt.hashes);
-  const auto id = static_cast<std::int32_t>(excerpt.track + 1);
-  if (const auto result = voteOn(pass, minimum)) {
-    const double start = result->result_time.intValue() * kSecondsPerFrame;
-    const bool right = result->result_id.intValue() == id;
-    ++(right ? rate.right : rate.wrong);
-    if (right && std::abs(start - static_cast<double>(excerpt.start) / kRate) < 0.5) {
-      ++rate.rightPlace;
-    }
-  }
-  if (voteOn(without(pass, id), minimum)) ++rate.absentAnswered;
+  judge(pass,
+        {static_cast<std::int32_t>(excerpt.track + 1), static_cast<double>(excerpt.start) / kRate},
+        minimum, rate);
 }
 
 void build(const std::string& path, const std::vector<Track>& tracks, const Way& way) {
@@ -205,7 +115,9 @@ Trial cut(const std::vector<Track>& tracks, int count, unsigned seed, double sec
     const Samples samples(begin, begin + static_cast<std::ptrdiff_t>(seconds * kRate));
     std::mt19937 noise(static_cast<unsigned>(random()));
     trial.clean.push_back({track, start, hashesOf(samples)});
-    trial.noisy.push_back({track, start, hashesOf(withPinkNoise(samples, 10.0, noise))});
+    trial.noisy.push_back(
+        {track, start,
+         hashesOf(wordsOf(withPinkNoise({samples.begin(), samples.end()}, 10.0, noise)))});
   }
   return trial;
 }

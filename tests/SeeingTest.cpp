@@ -1,5 +1,6 @@
-// lirvox scan: what it tells of recordings whose contents are known.
+// lirvox scan and evaluate: what they tell of music that is known.
 #include <filesystem>
+#include <map>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -119,6 +120,53 @@ TEST_F(Seeing, AScanHasOtherFormatsAndFailsWhereItMust) {
     const Finished scanned = run(std::string("scan ") + arguments);
     EXPECT_EQ(scanned.status, status) << arguments << scanned.output;
     EXPECT_NE(scanned.output.find(says), std::string::npos) << arguments << scanned.output;
+  }
+}
+
+TEST_F(Seeing, AnEvaluationMeasuresEveryWayAndCanBeDoneAgain) {
+  const std::string command =
+      "evaluate -d db --excerpts 4 --seconds 2,6 --min-votes 30,100000 --format json --plot a.svg ";
+  const Finished first = run(command + "music");
+  ASSERT_EQ(first.status, 0) << first.output;
+  EXPECT_EQ(readFile(path("a.svg")).rfind("<?xml", 0), 0U);
+  EXPECT_EQ(run(command + "music").output, first.output);
+  EXPECT_NE(run(command + "--seed 2 music").output, first.output);
+  std::map<std::string, double> rates;  // for 30 votes
+  for (const Json& row : lines(first.output)) {
+    EXPECT_EQ(row.at("excerpts"), 4);
+    EXPECT_LE(row.at("right_place"), row.at("recognized"));
+    const bool isStrict = row.at("min_votes") == 100000;
+    EXPECT_EQ(row.at(isStrict ? "recognized" : "absent_answered"), 0.0) << row;
+    const std::string key =
+        row.at("degradation").get<std::string>() + ' ' + row.at("seconds").dump();
+    if (!isStrict) rates[key] = row.at("right_place");
+  }
+  EXPECT_EQ(rates.size(), 22U);
+  for (const char* const mild :
+       {"clean 6.0", "noise-20 6.0", "telephone 6.0", "coding 6.0", "room 6.0"}) {
+    EXPECT_GE(rates[mild], 0.7) << mild;
+  }
+  EXPECT_LT(rates["noise-0 2.0"], rates["clean 2.0"]);
+}
+
+TEST_F(Seeing, AnEvaluationFailsWhereItMust) {
+  writeWav(path("other.wav"), makeTune(9, 30.0));
+  const struct {
+    const char* arguments;
+    int status;
+    const char* says;
+  } cases[] = {
+      {"-d db other.wav", 3, "other.wav: not in the database"},
+      {"-d db --seconds 40 music", 3, "no track of the database"},
+      {"-d none music", 4, "none: no database"},
+      {"-d db --seconds 5,x music", 2, "5,x: not a list of numbers"},
+      {"-d db --seconds 1,2,3,4 --min-votes 1,2 --plot a.png music", 2, "room for 6"},
+      {"-d db --excerpts 1 --plot none/a.png music", 3, "none/a.png: No such file"},
+  };
+  for (const auto& [arguments, status, says] : cases) {
+    const Finished evaluated = run(std::string("evaluate ") + arguments);
+    EXPECT_EQ(evaluated.status, status) << arguments << evaluated.output;
+    EXPECT_NE(evaluated.output.find(says), std::string::npos) << arguments << evaluated.output;
   }
 }
 

@@ -2,11 +2,8 @@
 #include "tools/AudioDecoder.h"
 
 extern "C" {
-#include <libavcodec/avcodec.h>
-#include <libavformat/avformat.h>
 #include <libavutil/channel_layout.h>
 #include <libavutil/opt.h>
-#include <libswresample/swresample.h>
 }
 
 #include <array>
@@ -18,31 +15,19 @@ extern "C" {
 #include <vector>
 
 #include "lib/LirvoxSettings.h"
+#include "tools/AvHandles.h"
 
 namespace lirvox::tools {
 namespace {
 
 using Kind = AudioError::Kind;
 
-template <auto Free>
-struct FreeThrough {
-  template <typename Object>
-  void operator()(Object* object) const {
-    Free(&object);
-  }
-};
-
-using Format = std::unique_ptr<AVFormatContext, FreeThrough<avformat_close_input>>;
-using Codec = std::unique_ptr<AVCodecContext, FreeThrough<avcodec_free_context>>;
-using Packet = std::unique_ptr<AVPacket, FreeThrough<av_packet_free>>;
-using Frame = std::unique_ptr<AVFrame, FreeThrough<av_frame_free>>;
-using Resampler = std::unique_ptr<SwrContext, FreeThrough<swr_free>>;
-
-std::string reasonOf(int code) {
-  std::array<char, AV_ERROR_MAX_STRING_SIZE> text{};
-  av_strerror(code, text.data(), text.size());
-  return text.data();
-}
+using av::Codec;
+using av::Format;
+using av::Frame;
+using av::Packet;
+using av::reasonOf;
+using av::Resampler;
 
 Format openFormat(const std::string& path) {
   AVFormatContext* raw = nullptr;

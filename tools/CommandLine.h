@@ -69,6 +69,7 @@ Command recognizeCommand();
 Command fingerprintCommand();
 Command explainCommand();
 Command plotCommand();
+Command evaluateCommand();
 Command infoCommand();
 Command listenCommand();
 Command devicesCommand();

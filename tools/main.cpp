@@ -23,11 +23,12 @@ int main(int argc, char** argv) {
           "\n"
           "Exit status: 0 done or recognised, 1 nothing recognised, 2 usage, 3 done but some\n"
           "files failed, 4 database, 5 audio device, 6 network or update.",
-      .commands = {indexCommand(),  recognizeCommand(), scanCommand(),        listenCommand(),
-                   replayCommand(), devicesCommand(),   fingerprintCommand(), explainCommand(),
-                   plotCommand(),   infoCommand(),      installCommand(),     updateCommand(),
-                   packCommand(),   publishCommand(),   listCommand(),        removeCommand(),
-                   renameCommand(), mergeCommand(),     verifyCommand(),      duplicatesCommand()}};
+      .commands = {indexCommand(),     recognizeCommand(), scanCommand(),        listenCommand(),
+                   replayCommand(),    devicesCommand(),   fingerprintCommand(), explainCommand(),
+                   plotCommand(),      evaluateCommand(),  infoCommand(),        installCommand(),
+                   updateCommand(),    packCommand(),      publishCommand(),     listCommand(),
+                   removeCommand(),    renameCommand(),    mergeCommand(),       verifyCommand(),
+                   duplicatesCommand()}};
   try {
     // For the build, which installs them.
     if (argc == 3 && std::string_view(argv[1]) == "--write-help-files") {
