@@ -4,10 +4,12 @@
 #include <cstdlib>
 #include <deque>
 #include <filesystem>
+#include <functional>
 #include <iostream>
 #include <iterator>
 #include <random>
 #include <thread>
+#include <utility>
 
 #include <gtest/gtest.h>
 #include <malloc.h>
@@ -25,6 +27,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using std::chrono::nanoseconds;
+using Interruption = platform::AudioSessionInterruption;
 
 #ifdef NDEBUG
 constexpr unsigned kUsualCaptures = 4320;
@@ -57,19 +60,25 @@ struct Holdings {
 // An input that can be told from one that is off.
 class SwitchedUnit : public test::ScriptedUnit {
  public:
-  SwitchedUnit(std::shared_ptr<test::AudioScript> script, bool& isOn)
-      : ScriptedUnit(std::move(script)), isOn_(isOn) {}
+  SwitchedUnit(std::shared_ptr<test::AudioScript> script, bool& isOn, std::function<void()> stopped)
+      : ScriptedUnit(std::move(script)), isOn_(isOn), stopped_(std::move(stopped)) {}
   platform::AudioStatus start() override {
     isOn_ = true;
     return 0;
   }
   platform::AudioStatus stop() override {
     isOn_ = false;
+    stopped_();
+    return 0;
+  }
+  platform::AudioStatus uninitialize() override {
+    isOn_ = false;
     return 0;
   }
 
  private:
   bool& isOn_;
+  const std::function<void()> stopped_;
 };
 
 struct NoLog : platform::Log {
@@ -83,7 +92,7 @@ class Soak : public test::ControllerTest {
       services.log = std::make_shared<NoLog>();
       services.makeInputUnit = [this](platform::AudioStatus&) {
         script_->calls.clear();
-        return std::make_unique<SwitchedUnit>(script_, isOn_);
+        return std::make_unique<SwitchedUnit>(script_, isOn_, [this] { hasStopped(); });
       };
     });
     ::setenv("LIRVOX_SERVICE_HOST_FOLDER", "service.example", 1);
@@ -135,6 +144,7 @@ class Soak : public test::ControllerTest {
     const std::vector<std::int32_t>& heard = *pieces_[which];
     const auto begin = now();
     ASSERT_NO_FATAL_FAILURE(start());
+    endsInterruptionWhileStopping_ = oneIn(8);
     bool isWhole = true;
     for (std::size_t at = 0; lirvox_->isRecording();) {
       isWhole = isWhole && mayGoOn();
@@ -199,13 +209,19 @@ class Soak : public test::ControllerTest {
     return false;
   }
 
+  // An interruption may end at any time, on another thread: while a capture ends, too.
+  void hasStopped() {
+    if (!std::exchange(endsInterruptionWhileStopping_, false)) return;
+    platform::current()->audioSession->postInterruption({Interruption::Type::ended, 1U});
+  }
+
   void announceInterruption(bool resumes) {
-    using Type = platform::AudioSessionInterruption::Type;
+    endsInterruptionWhileStopping_ = false;
     const auto session = platform::current()->audioSession;
-    session->postInterruption({Type::began, 0});
+    session->postInterruption({Interruption::Type::began, 0});
     EXPECT_FALSE(isOn_);
     platform_.scheduler.advance(std::chrono::milliseconds(oneIn(2) ? 0 : random_() % 20000));
-    session->postInterruption({Type::ended, resumes ? 1U : 0U});
+    session->postInterruption({Interruption::Type::ended, resumes ? 1U : 0U});
   }
 
   // One at a time: what is published does not change while it is fetched.
@@ -223,6 +239,7 @@ class Soak : public test::ControllerTest {
   std::minstd_rand random_{setting("LIRVOX_SOAK_SEED", 1)};
   const std::shared_ptr<test::AudioScript> script_ = std::make_shared<test::AudioScript>();
   bool isOn_ = false;
+  bool endsInterruptionWhileStopping_ = false;
   const std::vector<std::int32_t> unknown_ = test::piece(test::kSamplesOfCapture, 3);
   const std::vector<const std::vector<std::int32_t>*> pieces_ = {&song_, &other_, &unknown_};
 
