@@ -223,8 +223,9 @@ void Lirvox::hasAudioReceived(LirvoxMicrophone& microphone, float** buffers,
   });
 }
 
+// Also while a capture runs: it may be ending on another thread, its microphone stopped already.
 void Lirvox::changedPlayingState(LirvoxMicrophone&, bool isPlaying) {
-  if (!isPlaying || isRecording()) return;
+  if (!isPlaying) return;
   platform::current()->mainQueue->async([weak = weak_from_this()] {
     if (const auto self = weak.lock()) self->stopIdleMicrophone();
   });

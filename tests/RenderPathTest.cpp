@@ -1,13 +1,22 @@
-// What the audio thread does between a delivery and its delegate: no allocation, no lock, no log.
-// Not for sanitizers, which bring allocators and locks of their own.
+// What the audio thread does with a delivery: no allocation, no lock, no log, and no system call
+// but to wake who waits. Not for sanitizers, which bring allocators and locks of their own.
+#include <csignal>
+#include <cstddef>
 #include <cstdlib>
+#include <iterator>
 #include <thread>
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <pthread.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include "lib/audio/LirvoxMicrophone.h"
+#include "tests/support/ControllerTest.h"
 #include "tests/support/PcmStream.h"
 #include "tests/support/ScriptedAudio.h"
 
@@ -15,6 +24,7 @@ namespace {
 thread_local bool counting = false;
 thread_local int allocations = 0;
 thread_local int locks = 0;
+thread_local int systemCalls = 0;
 }  // namespace
 
 // Visible, so that the C++ library calls these too.
@@ -22,6 +32,7 @@ thread_local int locks = 0;
 extern "C" {
 void* __libc_calloc(std::size_t, std::size_t);
 void* __libc_realloc(void*, std::size_t);
+void __libc_free(void*);
 void* malloc(std::size_t size) noexcept {
   return realloc(nullptr, size);
 }
@@ -32,6 +43,10 @@ void* calloc(std::size_t count, std::size_t size) noexcept {
 void* realloc(void* memory, std::size_t size) noexcept {
   allocations += counting;
   return __libc_realloc(memory, size);
+}
+void free(void* memory) noexcept {
+  allocations += counting;
+  __libc_free(memory);
 }
 int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
   using Lock = int (*)(pthread_mutex_t*);
@@ -74,7 +89,74 @@ TEST(RenderPathTest, NeitherAllocatesNorLocksNorLogs) {
   EXPECT_EQ(platform.log->lines().size(), 1U);
 }
 
-TEST(RenderPathTest, ResamplingAllocatesNothing) {
+// From now on this thread's system calls are counted instead of made, but for the write that
+// raises an event, and its end. False where the system has no such filters.
+bool countSystemCalls() {
+  struct sigaction action {};
+  action.sa_handler = [](int) { systemCalls += counting; };
+  sigaction(SIGSYS, &action, nullptr);
+  constexpr auto load = [](std::size_t offset) {
+    return sock_filter{BPF_LD | BPF_W | BPF_ABS, 0, 0, static_cast<std::uint32_t>(offset)};
+  };
+  constexpr auto skipUnless = [](std::uint32_t value, std::uint8_t count) {
+    return sock_filter{BPF_JMP | BPF_JEQ | BPF_K, 0, count, value};
+  };
+  constexpr sock_filter kAllow{BPF_RET | BPF_K, 0, 0, SECCOMP_RET_ALLOW};
+  sock_filter filter[] = {load(offsetof(seccomp_data, nr)),
+                          skipUnless(SYS_exit, 1),
+                          kAllow,
+                          skipUnless(SYS_rt_sigreturn, 1),
+                          kAllow,
+                          skipUnless(SYS_write, 3),
+                          load(offsetof(seccomp_data, args[2])),
+                          skipUnless(sizeof(std::uint64_t), 1),
+                          kAllow,
+                          {BPF_RET | BPF_K, 0, 0, SECCOMP_RET_TRAP}};
+  const sock_fprog program{std::size(filter), filter};
+  return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+         prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
+}
+
+class RecognizerRenderPathTest : public test::ControllerTest {};
+
+TEST_F(RecognizerRenderPathTest, ADeliveryOnlyCopiesAndWakes) {
+  const auto script = std::make_shared<test::AudioScript>();
+  script->samples = song_;
+  const platform::Platform system = platform::systemPlatform();  // for its real wakers
+  platform_.change([&](platform::Platform& services) {
+    services.mainQueue = system.mainQueue;
+    services.globalQueue = system.globalQueue;
+    services.makeInputUnit = [&](platform::AudioStatus&) {
+      return std::make_unique<test::ScriptedUnit>(script);
+    };
+  });
+  install();
+  start();
+  bool isFiltered = false;
+  int made = -1;
+  int counted = -1;
+  std::jthread([&] {
+    std::free(std::realloc(nullptr, 1));  // or the allocator asks the system as the thread ends
+    isFiltered = countSystemCalls();
+    std::uint32_t flags = 0;
+    counting = true;
+    for (std::size_t i = 0; i < test::kSamplesOfCapture; i += 1024) {
+      script->callback(flags, {}, 1, 1024);
+    }
+    counting = false;
+    made = allocations + locks + systemCalls;
+    counting = true;
+    syscall(SYS_getppid);
+    counting = false;
+    counted = systemCalls;
+  }).join();
+  EXPECT_EQ(made, 0);
+  EXPECT_EQ(delegate_->waitForCalls(1).size(), 1U);
+  if (!isFiltered) GTEST_SKIP() << "system calls cannot be counted";
+  EXPECT_EQ(counted, 1) << "the counter does not count";
+}
+
+TEST(RenderPathTest, ResamplingNeitherAllocatesNorLocks) {
   for (const double rate : {8000.0, 44100.0, 48000.0, 192000.0}) {
     const auto from = test::pcm(rate, 2, 16, 4);
     const auto to = test::pcm(11025, 1, 32, 12);
@@ -83,7 +165,7 @@ TEST(RenderPathTest, ResamplingAllocatesNothing) {
     platform::AudioStatus status = 0;
     const auto converter = platform::systemPlatform().makeAudioConverter(from, to, status);
     auto list = output.list(0, 1024);
-    allocations = 0;
+    allocations = locks = 0;
     counting = true;
     for (std::uint32_t i = 0; i < 200; ++i) {
       std::uint32_t count = 1 + i * 617 % 1024;
@@ -91,7 +173,7 @@ TEST(RenderPathTest, ResamplingAllocatesNothing) {
       converter->fillComplexBuffer(test::PcmStream::serve, &input, count, list, nullptr);
     }
     counting = false;
-    EXPECT_EQ(allocations, 0) << rate << " Hz";
+    EXPECT_EQ(allocations + locks, 0) << rate << " Hz";
   }
 }
 
