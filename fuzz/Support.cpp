@@ -9,10 +9,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "lib/Hits.h"
-#include "lib/HitsByTrack.h"
-#include "lib/TrackOrder.h"
-#include "lib/Vote.h"
+#include "lib/Decision.h"
 #include "lib/platform/FileDescriptor.h"
 #include "lib/platform/Platform.h"
 
@@ -53,15 +50,14 @@ void overwrite(const std::filesystem::path& path, std::string_view content) {
 }
 
 void voteOn(const LirvoxRowMap& rows, const std::vector<QueryHash>& hashes, std::int32_t minimum) {
-  const PassHits pass = formHits(&rows, hashes);
-  const HitsByTrack hits(pass);
-  std::vector<std::size_t> order = chooseTrackOrder(hits, minimum);
-  const VoteOutcome outcome = vote(hits, order);
-  const auto result = chooseResult(outcome.candidates, minimum);
+  const Decision decision(&rows, hashes, minimum);
+  const auto& result = decision.result;
   require(!result || result->result_count.intValue() > minimum, "a result exceeds the minimum");
+  std::vector<std::size_t> order = decision.order.tracks;
+  const std::size_t tracks = decision.hits.tracks().size();
   std::sort(order.begin(), order.end());
-  for (std::size_t i = 0; i < hits.tracks().size(); ++i) {
-    require(order.size() == hits.tracks().size() && order[i] == i, "every track has its turn");
+  for (std::size_t i = 0; i < tracks; ++i) {
+    require(order.size() == tracks && order[i] == i, "every track has its turn");
   }
 }
 
