@@ -14,12 +14,6 @@
 #include "tests/support/Faults.h"
 #include "tests/support/TemporaryFolder.h"
 
-// minizip itself loses a few bytes when it cannot write the header of an entry.
-extern "C" const char* __lsan_default_suppressions();  // NOLINT: the sanitizer's name
-extern "C" const char* __lsan_default_suppressions() {
-  return "leak:zipOpenNewFileInZip4_64\n";
-}
-
 namespace lirvox::catalog {
 namespace {
 
