@@ -92,12 +92,13 @@ class LIRVOX_EXPORT Lirvox : public LirvoxMicrophoneAudioDelegate,
 
   // --- Bringing the database to the device ---
 
-  /// Asks the recognition service for the current database and installs it when it is
-  /// newer than the installed one. Returns at once.
+  /// Asks the recognition service for the current database and installs it when its stamp
+  /// is not the stored one, or no database is there. Returns at once.
   ///
   /// IMPORTANT: most failures call no completion at all, as is meant: a host needs a
-  /// time-out of its own. The completion runs on the session's queue. True means that a
-  /// database is installed and opens, but `database()` stays as it was: set a new one.
+  /// time-out of its own. The completion runs on the session's queue. True means that
+  /// the new database opens, or that the old one is current and there. `database()` stays as
+  /// it was: set a new one.
   void downloadDatabaseIfNeeded(std::function<void(bool)> completionBlock);
 
   /// Installs the database of a zip archive that holds "db1.sqlite" at its top level, and

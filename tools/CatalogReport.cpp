@@ -23,14 +23,19 @@ void print(const Json& json) {
   std::cout << json.dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
 }
 
-Json asJson(const ListedTrack& track) {
+Json namesAsJson(const ListedTrack& track) {
   return {{"track_id", track.id},
           {"title", track.info.title},
           {"artist", track.info.artist},
           {"path", track.info.path},
-          {"duration", track.info.durationInSeconds},
-          {"rows", track.rows},
-          {"held_rows", track.heldRows}};
+          {"duration", track.info.durationInSeconds}};
+}
+
+Json asJson(const ListedTrack& track) {
+  Json json = namesAsJson(track);
+  json["rows"] = track.rows;
+  json["held_rows"] = track.heldRows;
+  return json;
 }
 
 void printCsv(const std::vector<ListedTrack>& tracks) {
@@ -118,6 +123,10 @@ void CatalogReport::tracks(const std::vector<ListedTrack>& tracks) const {
   } else {
     format_ == "csv" ? printCsv(tracks) : printTable(tracks);
   }
+}
+
+void CatalogReport::changed(const std::vector<ListedTrack>& tracks) const {
+  for (const ListedTrack& track : tracks) print(namesAsJson(track));
 }
 
 void CatalogReport::merged(const catalog::Merged& merged, std::size_t parts,

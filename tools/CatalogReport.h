@@ -18,6 +18,8 @@ class CatalogReport {
   explicit CatalogReport(const std::string& format) : format_(format) {}
 
   void tracks(const std::vector<catalog::ListedTrack>& tracks) const;
+  /// Only as JSON, and without the numbers of rows, which nobody has counted.
+  void changed(const std::vector<catalog::ListedTrack>& tracks) const;
   void merged(const catalog::Merged& merged, std::size_t parts, const std::string& output) const;
   void verified(const catalog::Verification& verification, const std::string& database) const;
   /// `tracks` are all of the database, in the order of their ids.

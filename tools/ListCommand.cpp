@@ -43,7 +43,10 @@ int list(const Options& options) {
     const auto pattern = catalog::TrackPattern::anywhere(options.pattern);
     const auto other = [&](const ListedTrack& track) { return !pattern.matches(track); };
     tracks.erase(std::remove_if(tracks.begin(), tracks.end(), other), tracks.end());
-    if (tracks.empty()) complain(options.pattern + ": no such track");
+    if (tracks.empty()) {
+      complain(options.pattern + ": no such track");
+      return exitSomeFailed;
+    }
   }
   PercentProgress progress("counting rows");
   catalog::countRows(options.database, tracks, progress.handler());

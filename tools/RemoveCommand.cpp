@@ -38,7 +38,7 @@ int remove(const Options& options) {
   }
   catalog::removeTracks(options.database, tracks);
   std::cerr << number << " removed: " << options.database << '\n';
-  if (options.format == "json") CatalogReport(options.format).tracks(tracks);
+  if (options.format == "json") CatalogReport(options.format).changed(tracks);
   return exitDone;
 }
 

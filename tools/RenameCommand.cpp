@@ -42,7 +42,7 @@ int rename(Options options) {
   catalog::renameTrack(options.database, tracks.front(), names);
   const auto renamed = findTracks(options.database, {std::to_string(tracks.front().id)});
   if (options.format == "json") {
-    CatalogReport(options.format).tracks(renamed);
+    CatalogReport(options.format).changed(renamed);
   } else {
     std::cerr << CatalogReport::lines(renamed);
   }

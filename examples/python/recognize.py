@@ -105,8 +105,11 @@ def main():
         if options.database:  # a folder in which that database is the installed one
             os.mkdir(folder + "/lirvox")
             os.symlink(os.path.abspath(options.database), folder + "/lirvox/db1.sqlite")
-        result = recognize(load_library(), read_audio(options.file),
-                           folder.encode() if options.database else None)
+        try:
+            audio = read_audio(options.file)
+        except (OSError, EOFError, wave.Error) as error:
+            sys.exit("%s: %s" % (options.file, error))
+        result = recognize(load_library(), audio, folder.encode() if options.database else None)
     print("track %d at %.2f s" % result if result else "not recognized")
     return 0 if result else 1
 

@@ -18,21 +18,26 @@ SECONDS_PER_FRAME = 256 / 11025
 
 def rows(lines, track):
     for line in lines:
-        time, hash_value = map(int, line.split()[-2:])
+        try:
+            time, hash_value = map(int, line.split()[-2:])
+        except ValueError:
+            time = hash_value = -1
         if time < 0 or not 0 <= hash_value < 1 << 20:
-            sys.exit("no row: " + line)
+            sys.exit("no row: " + line.rstrip())
         yield track, time, hash_value
 
 
 def write(path, track, title, lines):
+    # In the order of the table: written from front to back, and its pages are full.
+    ordered = sorted(set(rows(lines, track)), key=lambda row: (row[2], row[0], row[1]))
+    if not ordered:
+        sys.exit("no rows: nothing was changed")
     database = sqlite3.connect(path)
     with database:  # all of it or nothing
         database.executescript("BEGIN;" + TABLES)
         database.execute("DELETE FROM db WHERE track_id = ?", (track,))
-        # In the order of the table: written from front to back, and its pages are full.
-        ordered = sorted(set(rows(lines, track)), key=lambda row: (row[2], row[0], row[1]))
         database.executemany("INSERT INTO db(track_id, num1, num2) VALUES(?, ?, ?)", ordered)
-        last = max((time for _, time, _ in ordered), default=0)
+        last = max(time for _, time, _ in ordered)
         database.execute("INSERT OR REPLACE INTO tracks VALUES(?, ?, '', '', ?)",
                          (track, title, last * SECONDS_PER_FRAME))
     database.close()
