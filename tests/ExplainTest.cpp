@@ -9,9 +9,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include "tests/support/Command.h"
-#include "tests/support/TemporaryFolder.h"
-#include "tests/support/Tune.h"
+#include "tests/support/MusicFolder.h"
 
 namespace lirvox::test {
 namespace {
@@ -22,11 +20,7 @@ using Samples = std::vector<std::int32_t>;
 class Explain : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
-    folder_ = new TemporaryFolder;
-    std::filesystem::create_directory(path("music"));
-    for (unsigned seed = 1; seed <= 3; ++seed) {
-      writeWav(path("music/tune" + std::to_string(seed) + ".wav"), makeTune(seed, 20.0));
-    }
+    folder_ = new MusicFolder(20.0);
     for (int copy = 1; copy <= 5; ++copy) {
       writeWav(path("music/Lied für Ελένη 雪 " + std::to_string(copy) + ".wav"), makeTune(4, 20.0));
     }
@@ -34,12 +28,8 @@ class Explain : public ::testing::Test {
   }
   static void TearDownTestSuite() { delete folder_; }
 
-  static std::string path(const std::string& name) { return folder_->path(name).string(); }
-  static Finished run(const std::string& arguments) {
-    const std::string folder = "'" + folder_->path().string() + "'";
-    return runCommand("cd " + folder + " && LIRVOX_CACHES_DIR=" + folder + "/caches " +
-                      LIRVOX_PROGRAM " " + arguments);
-  }
+  static std::string path(const std::string& name) { return folder_->path(name); }
+  static Finished run(const std::string& arguments) { return folder_->run(arguments); }
 
   // Five seconds of a tune.
   static Samples excerpt(unsigned seed, double from) {
@@ -48,10 +38,10 @@ class Explain : public ::testing::Test {
     return {begin, begin + 55125};
   }
 
-  static TemporaryFolder* folder_;
+  static MusicFolder* folder_;
 };
 
-TemporaryFolder* Explain::folder_ = nullptr;
+MusicFolder* Explain::folder_ = nullptr;
 
 TEST_F(Explain, GivesTheAnswerOfRecognizeWithItsReason) {
   Samples click(55125);

@@ -8,9 +8,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include "tests/support/Command.h"
-#include "tests/support/TemporaryFolder.h"
-#include "tests/support/Tune.h"
+#include "tests/support/MusicFolder.h"
 
 namespace lirvox::test {
 namespace {
@@ -22,21 +20,13 @@ using Samples = std::vector<std::int32_t>;
 class Seeing : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
-    folder_ = new TemporaryFolder;
-    std::filesystem::create_directory(path("music"));
-    for (unsigned seed = 1; seed <= 3; ++seed) {
-      writeWav(path("music/tune" + std::to_string(seed) + ".wav"), makeTune(seed, 30.0));
-    }
+    folder_ = new MusicFolder(30.0);
     ASSERT_EQ(run("index -d db music").status, 0);
   }
   static void TearDownTestSuite() { delete folder_; }
 
-  static std::string path(const std::string& name) { return folder_->path(name).string(); }
-  static Finished run(const std::string& arguments) {
-    const std::string folder = "'" + folder_->path().string() + "'";
-    return runCommand("cd " + folder + " && LIRVOX_CACHES_DIR=" + folder + "/caches " +
-                      LIRVOX_PROGRAM " " + arguments);
-  }
+  static std::string path(const std::string& name) { return folder_->path(name); }
+  static Finished run(const std::string& arguments) { return folder_->run(arguments); }
 
   static std::vector<Json> lines(const std::string& output) {
     std::vector<Json> all;
@@ -45,10 +35,10 @@ class Seeing : public ::testing::Test {
     return all;
   }
 
-  static TemporaryFolder* folder_;
+  static MusicFolder* folder_;
 };
 
-TemporaryFolder* Seeing::folder_ = nullptr;
+MusicFolder* Seeing::folder_ = nullptr;
 
 struct Part {
   unsigned tune;  // 0: silence
