@@ -1,4 +1,5 @@
 // The unit that delivers from memory, on its own thread, with a microphone on top.
+#include <algorithm>
 #include <future>
 #include <numeric>
 #include <thread>
@@ -38,8 +39,9 @@ TEST_F(MemoryAudioUnitTest, DeliversInOrderUntilItIsStoppedOrDestroyed) {
     collector_ = std::make_shared<test::SoundRecorder>();
     auto microphone = microphoneOf(sizes);
     for (int i = 0; i < 60; ++i) {
+      const std::size_t startedAt = collector_->count();
       microphone->startFetchingAudio();
-      ASSERT_TRUE(collector_->waitForFrames(collector_->count() < samples_->size() ? 1 : 0));
+      ASSERT_TRUE(collector_->waitForTotal(std::min(startedAt + 1, samples_->size())));
       if (i == 59) microphone.reset();
       if (microphone) microphone->stopFetchingAudio();
       const std::size_t stoppedAt = collector_->count();
@@ -55,7 +57,7 @@ TEST_F(MemoryAudioUnitTest, TheDeliveryThatStopsItIsTheLast) {
   collector_->stopsAt = 3000;
   const auto microphone = microphoneOf({1000});
   microphone->startFetchingAudio();
-  ASSERT_TRUE(collector_->waitForFrames(3000));
+  ASSERT_TRUE(collector_->waitForTotal(3000));
   microphone->stopFetchingAudio();  // waits for the end of that delivery
   EXPECT_EQ(collector_->count(), 3000U);
 }

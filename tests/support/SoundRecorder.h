@@ -57,11 +57,12 @@ class SoundRecorder : public LirvoxMicrophoneAudioDelegate {
   bool waitFor(const std::string& event) {
     return waitUntil([&] { return playing_ == event || device_ == event; });
   }
-  // Until so many frames have arrived from now on.
-  bool waitForFrames(std::size_t frames) {
-    const std::size_t goal = count() + frames;
-    return waitUntil([&] { return received.size() >= goal; });
+  // Until so many frames have arrived in all.
+  bool waitForTotal(std::size_t frames) {
+    return waitUntil([&] { return received.size() >= frames; });
   }
+  // Until so many more have arrived, where they do not end.
+  bool waitForFrames(std::size_t frames) { return waitForTotal(count() + frames); }
 
   std::vector<std::int32_t> received;
   std::size_t stopsAt = 1'000'000'000;
