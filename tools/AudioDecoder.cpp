@@ -1,21 +1,15 @@
 // Sound files of any kind to samples of the capture format.
 #include "tools/AudioDecoder.h"
 
-extern "C" {
-#include <libavutil/channel_layout.h>
-#include <libavutil/opt.h>
-}
-
 #include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <memory>
 #include <string_view>
-#include <vector>
 
-#include "lib/LirvoxSettings.h"
 #include "tools/AvHandles.h"
+#include "tools/MonoConverter.h"
 
 namespace lirvox::tools {
 namespace {
@@ -27,7 +21,6 @@ using av::Format;
 using av::Frame;
 using av::Packet;
 using av::reasonOf;
-using av::Resampler;
 
 Format openFormat(const std::string& path) {
   AVFormatContext* raw = nullptr;
@@ -53,70 +46,8 @@ Codec openCodec(const AVFormatContext& format, int stream, const AVCodec* decode
   return codec;
 }
 
-// Decoded frames to mono words at the recognizer's rate. Made anew when the stream
-// changes its format on the way.
-class Converter {
- public:
-  explicit Converter(const SampleSink& sink) : sink_(sink) {}
-
-  // False when the sink has had enough.
-  bool add(const AVFrame& frame) {
-    bool wanted = true;
-    if (!resampler_ || !matches(frame)) {
-      wanted = finish();
-      configure(frame);
-    }
-    // FFmpeg's own declaration lacks a const.
-    auto** const input = const_cast<const std::uint8_t**>(frame.extended_data);
-    return wanted && convert(input, frame.nb_samples);
-  }
-
-  // Gives out what the resampler holds back.
-  bool finish() { return !resampler_ || convert(nullptr, 0); }
-
- private:
-  bool matches(const AVFrame& frame) const {
-    return frame.sample_rate == rate_ && frame.format == format_ &&
-           av_channel_layout_compare(&frame.ch_layout, &layout_) == 0;
-  }
-
-  void configure(const AVFrame& frame) {
-    rate_ = frame.sample_rate;
-    format_ = static_cast<AVSampleFormat>(frame.format);
-    layout_ = frame.ch_layout;
-    AVChannelLayout in = frame.ch_layout;
-    // Raw formats name a number of channels without saying which.
-    if (in.order == AV_CHANNEL_ORDER_UNSPEC) av_channel_layout_default(&in, in.nb_channels);
-    AVChannelLayout mono = AV_CHANNEL_LAYOUT_MONO;
-    SwrContext* raw = nullptr;
-    int result =
-        swr_alloc_set_opts2(&raw, &mono, AV_SAMPLE_FMT_S32, LirvoxSettings::settingSampleRate(),
-                            &in, format_, rate_, 0, nullptr);
-    resampler_.reset(raw);
-    if (result >= 0) result = swr_init(raw);
-    if (result < 0) throw AudioError(Kind::unreadable, reasonOf(result));
-  }
-
-  bool convert(const std::uint8_t** input, int count) {
-    const int room = swr_get_out_samples(resampler_.get(), count);
-    if (room < 0) throw AudioError(Kind::unreadable, reasonOf(room));
-    words_.resize(static_cast<std::size_t>(room));
-    auto* output = reinterpret_cast<std::uint8_t*>(words_.data());
-    const int made = swr_convert(resampler_.get(), &output, room, input, count);
-    if (made < 0) throw AudioError(Kind::unreadable, reasonOf(made));
-    return made == 0 || sink_(words_.data(), static_cast<std::size_t>(made));
-  }
-
-  const SampleSink& sink_;
-  Resampler resampler_;
-  int rate_ = 0;
-  AVSampleFormat format_ = AV_SAMPLE_FMT_NONE;
-  AVChannelLayout layout_{};
-  std::vector<std::int32_t> words_;
-};
-
 // Takes the frames that the decoder has ready. False when the sink has had enough.
-bool drain(AVCodecContext& codec, AVFrame& frame, Converter& converter, bool& decoded) {
+bool drain(AVCodecContext& codec, AVFrame& frame, MonoConverter& converter, bool& decoded) {
   while (avcodec_receive_frame(&codec, &frame) >= 0) {
     decoded = true;
     if (!converter.add(frame)) return false;
@@ -129,7 +60,7 @@ void decodeStream(AVFormatContext& format, int stream, AVCodecContext& codec,
   const Packet packet(av_packet_alloc());
   const Frame frame(av_frame_alloc());
   if (!packet || !frame) throw AudioError(Kind::unreadable, reasonOf(AVERROR(ENOMEM)));
-  Converter converter(sink);
+  MonoConverter converter(sink);
   bool decoded = false;
   int read = 0;
   while ((read = av_read_frame(&format, packet.get())) >= 0) {

@@ -25,7 +25,7 @@ using Format = std::unique_ptr<AVFormatContext, FreeThrough<avformat_close_input
 using Codec = std::unique_ptr<AVCodecContext, FreeThrough<avcodec_free_context>>;
 using Packet = std::unique_ptr<AVPacket, FreeThrough<av_packet_free>>;
 using Frame = std::unique_ptr<AVFrame, FreeThrough<av_frame_free>>;
-using Resampler = std::unique_ptr<SwrContext, FreeThrough<swr_free>>;
+using Mixer = std::unique_ptr<SwrContext, FreeThrough<swr_free>>;
 
 /// What an error code means.
 inline std::string reasonOf(int code) {

@@ -7,7 +7,7 @@
 
 #include "../AudioConverter.h"
 #include "PcmFormat.h"
-#include "Resampler.h"
+#include "../Resampler.h"
 
 namespace lirvox::platform {
 

@@ -5,12 +5,11 @@
 // against -152 and -103, loss at 0.85 of the band's edge none against none and 8.8 dB, speed
 // 2770 times real time against 11 and 114. Its delay of up to 80 ms is no matter for a capture
 // of seconds; its processor time is one for a battery.
-#include "lib/platform/linux/Resampler.h"
+#include "lib/platform/Resampler.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <new>
-#include <numeric>
 
 #include <soxr.h>
 
@@ -41,13 +40,9 @@ Resampler::Resampler(std::uint32_t inputHz, std::uint32_t outputHz, std::uint32_
 Resampler::~Resampler() = default;
 
 // libsoxr allocates while it works, until its buffers are as long as its rhythm needs. Blocks
-// of silence make it do so now; what comes of them is dropped later. They last whole periods
-// of both rates, so the stream that follows finds the state that it would have begun with.
+// of silence make it do so now; what comes of them is dropped later.
 void Resampler::warmUp() {
-  const std::uint32_t common = std::gcd(inputHz_, outputHz_);
-  const std::uint32_t inputPeriod = std::lcm(inputHz_ / common, blockFrames);
-  const std::uint32_t periods = inputHz_ / inputPeriod + 1;
-  const std::uint64_t blocks = std::uint64_t{inputPeriod} * periods / blockFrames;
+  const std::uint64_t blocks = warmUpBlocks();
   silenceLeft_ = blocks * blockFrames * outputHz_ / inputHz_;
   for (std::uint64_t i = 0; i < blocks; ++i) {
     blockCount_ = blockFrames;
@@ -56,6 +51,21 @@ void Resampler::warmUp() {
       readyBegin_ = readyEnd_;
     }
   }
+}
+
+// One to two seconds of silence that end nearest to an output frame, so that the stream that
+// follows finds the state that it would have begun with: exactly for the rates that devices
+// have, within a hundredth of a frame or so for odd ones, whose period is minutes long.
+std::uint64_t Resampler::warmUpBlocks() const {
+  const auto lateness = [this](std::uint64_t blocks) {
+    return blocks * blockFrames * outputHz_ % inputHz_;
+  };
+  const std::uint64_t second = inputHz_ / blockFrames + 1;
+  std::uint64_t best = second;
+  for (std::uint64_t blocks = second; blocks < 2 * second; ++blocks) {
+    if (lateness(blocks) < lateness(best)) best = blocks;
+  }
+  return best;
 }
 
 double* Resampler::space(std::uint32_t& room) {

@@ -41,6 +41,7 @@ class Resampler {
   };
 
   void warmUp();
+  std::uint64_t warmUpBlocks() const;
   bool advance();
   void process(std::uint32_t frames);
   std::uint64_t framesDue() const;
