@@ -2,7 +2,7 @@
 """Measures `lirvox index`: bench/indexing.py LIRVOX MUSIC... [--hours 1,10] [--repeat N]
 
 Processor time against fpcalc over the same files in the same run, the gain of a second
-worker, and memory and time against the length of a recording. Needs ffmpeg and fpcalc
+worker, and tab-separated the costs of longer and longer recordings. Needs ffmpeg and fpcalc
 (package libchromaprint-tools). Of several repetitions the fastest counts: what other
 programs on the machine add to a time is never negative.
 """
@@ -15,7 +15,8 @@ import time
 
 
 class Run:
-    """One run of a command: seconds of processor time and on the wall, peak megabytes."""
+    """One run of a command: seconds of processor time and on the wall, peak megabytes of
+    memory, megabytes written to files."""
 
     def __init__(self, command):
         start = time.monotonic()
@@ -26,14 +27,19 @@ class Run:
         self.wall = time.monotonic() - start
         self.cpu = usage.ru_utime + usage.ru_stime
         self.megabytes = usage.ru_maxrss / 1024
+        self.written = usage.ru_oublock / 2048
+
+
+def checked(command):
+    run = Run([str(word) for word in command])
+    if run.status != 0:
+        raise SystemExit(run.messages)
+    return run
 
 
 def index(lirvox, jobs, paths):
     with tempfile.TemporaryDirectory() as folder:
-        run = Run([lirvox, "index", "-j", str(jobs), "-d", folder + "/music.sqlite", *paths])
-    if run.status != 0:
-        raise SystemExit(run.messages)
-    return run
+        return checked([lirvox, "index", "-j", jobs, "-d", folder + "/music.sqlite", *paths])
 
 
 def fastest(runs, key):
@@ -60,17 +66,19 @@ def compare(lirvox, files, repeat):
           f"ratio {one / both:5.2f}   (to reach: 1.8)")
 
 
-def grow(lirvox, file, hours):
-    print("\nrecording   processor time   per hour   peak memory   (to reach: 100 MB, linear)")
-    for length in hours:
-        with tempfile.TemporaryDirectory(dir="/var/tmp") as folder:
-            recording = folder + "/recording.wav"
+def grow(lirvox, files, hours):
+    print("hours\tindex s\tindex MB\tscan s\tscan MB", flush=True)
+    with tempfile.TemporaryDirectory(dir="/var/tmp") as folder:
+        music, recording = folder + "/music.sqlite", folder + "/recording.wav"
+        checked([lirvox, "index", "-d", music, *files])
+        for length in hours:
             subprocess.run(
-                ["ffmpeg", "-v", "quiet", "-stream_loop", "-1", "-i", file, "-t",
+                ["ffmpeg", "-y", "-v", "quiet", "-stream_loop", "-1", "-i", files[0], "-t",
                  str(length * 3600), "-ac", "1", "-ar", "11025", recording], check=True)
-            run = index(lirvox, 1, [recording])
-        print(f"{length:7g} h   {run.cpu:12.2f} s   {run.cpu / length:6.2f} s   {run.megabytes:8.1f} MB",
-              flush=True)
+            indexed = index(lirvox, 1, [recording])
+            scanned = checked([lirvox, "scan", "-d", music, recording])
+            print(f"{length:g}\t{indexed.cpu:.1f}\t{indexed.megabytes:.1f}\t"
+                  f"{scanned.cpu:.1f}\t{scanned.megabytes:.1f}", flush=True)
 
 
 def main():
@@ -83,7 +91,7 @@ def main():
     files = sound_files(options.music)
     if options.repeat > 0:
         compare(options.lirvox, files, options.repeat)
-    grow(options.lirvox, files[0], [float(h) for h in options.hours.split(",") if h])
+    grow(options.lirvox, files, [float(h) for h in options.hours.split(",") if h])
 
 
 if __name__ == "__main__":
