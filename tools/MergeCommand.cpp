@@ -33,15 +33,17 @@ void interrupt(int) {
   interrupted = true;
 }
 
-// Only a catalogue is replaced. Reading it undoes what a killed process has left beside it,
-// which would be taken for a part of the new file.
+// Only a catalogue is replaced, and only by catalogues: nobody is asked about anything else.
+// Reading it undoes what a killed process has left beside it, which would be taken for a part
+// of the new file.
 Consent mayWrite(const Options& options) {
   std::error_code ignored;
   if (!std::filesystem::exists(options.output, ignored)) return Consent::yes;
   catalog::openCatalogForReading(options.output);
+  for (const std::string& part : options.parts) catalog::openCatalogForReading(part);
   const auto tracks = catalog::summarize(options.output).tracks;
   return ask(
-      options.output + " is there already, with " + std::to_string(tracks) + " tracks. Replace it?",
+      options.output + " is there already, with " + counted(tracks, "track") + ". Replace it?",
       options.yes);
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "catalog/DatabaseFile.h"
 #include "catalog/TrackChanges.h"
 #include "tools/CatalogReport.h"
 #include "tools/CommandLine.h"
@@ -29,6 +30,7 @@ int rename(Options options) {
     return exitUsage;
   }
   if (!databaseIsUsable(options.database)) return exitDatabase;
+  catalog::openCatalogForReading(options.database);
   const std::vector<catalog::ListedTrack> tracks = findTracks(options.database, {options.track});
   if (tracks.empty()) return exitSomeFailed;
   if (tracks.size() > 1) {
