@@ -83,7 +83,7 @@ TEST_F(Program, SkipsWhatIsUnchangedAndReplacesWhatHasChanged) {
   EXPECT_NE(again.find("3 unchanged"), std::string::npos) << again;
 
   writeWav(path("music/tune2.wav"), makeTune(77, 20.0));
-  EXPECT_NE(run("index music").output.find("1 tracks added"), std::string::npos);
+  EXPECT_NE(run("index music").output.find("1 track added"), std::string::npos);
   writeExcerpt("old.dat", 1, 7.5);
   EXPECT_EQ(run("recognize old.dat").status, 1);
   EXPECT_NE(run("recognize music/tune2.wav").output.find(": tune2 at 0:00"), std::string::npos);
@@ -102,6 +102,7 @@ TEST_F(Program, KeepsACatalogueAndAsksBeforeItLosesAnything) {
   } cases[] = {
       {"merge -o all.sqlite a.sqlite b.sqlite c.sqlite", 0, "4 tracks"},
       {"merge -o all.sqlite a.sqlite < /dev/null", 2, "--yes"},
+      {"merge -o all.sqlite a.sqlite none < /dev/null", 4, "none: no database there"},
       {"duplicates -d all.sqlite --format json", 0, R"("relation":"same","track_id":1)"},
       {"remove -d all.sqlite copy < /dev/null", 2, "Remove 1 track from all.sqlite?"},
       {"list -d all.sqlite --format csv copy", 0, "4,\"copy\",\"\","},

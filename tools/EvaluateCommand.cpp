@@ -82,9 +82,8 @@ std::vector<ListedTrack> tracksIn(const Options& options, std::size_t& failed) {
 }
 
 bool drawn(const Evaluation& evaluation, const std::string& picture) {
-  const std::string headline = std::to_string(evaluation.rows().front().rate.trials) +
-                               " excerpts of " + std::to_string(evaluation.trackCount()) +
-                               " tracks";
+  const std::string headline = counted(evaluation.rows().front().rate.trials, "excerpt") + " of " +
+                               counted(evaluation.trackCount(), "track");
   const auto error = drawEvaluation(evaluation.rows(), headline, picture);
   if (error) complain(picture + ": " + error.message());
   return !error;

@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "tools/Axes.h"
+#include "tools/Console.h"
 #include "tools/EvaluationReport.h"
 
 namespace lirvox::tools {
@@ -68,7 +69,7 @@ class EvaluationChart {
     std::vector<LegendEntry> settings;
     for (std::size_t i = 0; i < settingCount(); ++i) {
       std::ostringstream text;
-      text << row(i, 0).seconds << " s, " << row(i, 0).minimum << " votes";
+      text << row(i, 0).seconds << " s, " << counted(row(i, 0).minimum, "vote");
       settings.push_back({Mark::box, palette::lines[i], text.str()});
     }
     drawLegend(drawing_, kRight, 62, settings);

@@ -63,10 +63,10 @@ void take(ReadTrack read, catalog::Catalog& catalog, Progress& progress, Tally& 
 }
 
 void report(const Tally& tally, const Progress& progress, const std::string& database) {
-  std::cerr << tally.added << " tracks added (" << clockTime(progress.secondsOfSound())
+  std::cerr << counted(tally.added, "track") << " added (" << clockTime(progress.secondsOfSound())
             << " of sound, " << std::llround(progress.speed()) << " x real time), "
-            << tally.unchanged << " unchanged, " << tally.withoutAudio << " files without sound, "
-            << tally.failed << " failed: " << database << '\n';
+            << tally.unchanged << " unchanged, " << counted(tally.withoutAudio, "file")
+            << " without sound, " << tally.failed << " failed: " << database << '\n';
 }
 
 int index(const Options& options) {

@@ -54,8 +54,7 @@ std::string headline(const Options& options, const Examination& examined, const 
   if (!examined.decision()) return text;
   if (!verdict.answer.recognized) return text + ": not recognized";
   return text + ": " + shortened(titles.of(verdict.answer.trackId), 50) + " at " +
-         clockTime(verdict.answer.positionInSeconds) + " (" + std::to_string(verdict.votes) +
-         " votes)";
+         clockTime(verdict.answer.positionInSeconds) + " (" + counted(verdict.votes, "vote") + ')';
 }
 
 void draw(Drawing& drawing, const Examination& examined, const Titles& titles,
