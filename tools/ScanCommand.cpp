@@ -53,10 +53,12 @@ int scan(const Options& options) {
     read(options.file, scanner, line);
   } catch (const AudioError& error) {
     line.hide();
-    complain(options.file + ": " + error.what());
-    return exitSomeFailed;
+    if (!signalCaught()) {
+      complain(options.file + ": " + error.what());
+      return exitSomeFailed;
+    }
   }
-  scanner.finish();
+  if (scanner.seconds() > 0.0) scanner.finish();
   return scanner.recognizedAny() ? exitDone : exitNotRecognized;
 }
 
