@@ -81,9 +81,10 @@ std::string LiveRecognizer::whyNoInput() const {
   return tools::whyNoInput(*platform_, options_.source);
 }
 
-std::string LiveRecognizer::inputName() const {
+std::optional<platform::AudioSessionPort> LiveRecognizer::input() const {
   const auto route = platform_->audioSession->currentRoute();
-  return route.inputs.empty() ? "nothing" : route.inputs.front().name;
+  if (route.inputs.empty()) return std::nullopt;
+  return route.inputs.front();
 }
 
 void LiveRecognizer::start() {

@@ -34,8 +34,8 @@ class LiveRecognizer {
 
   /// Why nothing can be heard, for people; empty when something can.
   std::string whyNoInput() const;
-  /// The input in use, for people.
-  std::string inputName() const;
+  /// The input in use, if there is one.
+  std::optional<platform::AudioSessionPort> input() const;
 
   /// Starts a capture. Throws `CatalogError` when the database is gone.
   void start();
