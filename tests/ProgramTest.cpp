@@ -113,6 +113,7 @@ TEST_F(Program, KeepsACatalogueAndAsksBeforeItLosesAnything) {
       {"recognize -d all.sqlite music/tune3.wav", 0, "Me - New Name at 0:00"},
       {"merge --yes -o a.sqlite all.sqlite", 0, "3 tracks"},
       {"verify -d a.sqlite", 0, "a sound catalogue"},
+      {"info -d a.sqlite --format json", 0, R"("track_ids":[1,2,3],"tracks":3,)"},
       {"list -d none.sqlite", 4, "none.sqlite: no database there"},
       {"verify -d music/tune1.wav", 4, "damages of the file"},
   };
