@@ -9,6 +9,7 @@
 #include "lib/LirvoxDatabase.h"
 #include "lib/LirvoxSettings.h"
 #include "lib/platform/TemporaryFile.h"
+#include "tools/ForgivingUnit.h"
 #include "tools/Inputs.h"
 #include "tools/Wakeup.h"
 
@@ -62,11 +63,11 @@ LiveRecognizer::LiveRecognizer(const Options& options)
       if (saves) Lirvox::sharedInstance()->saveCurrentBufferToFile();
     };
     platform.makeInputUnit =
-        [makeUnit, stopped,
-         level = level_](platform::AudioStatus& status) -> std::unique_ptr<platform::AudioUnit> {
+        [makeUnit, stopped, level = level_,
+         failed = failed_](platform::AudioStatus& status) -> std::unique_ptr<platform::AudioUnit> {
       auto unit = makeUnit(status);
       if (!unit) return unit;
-      return std::make_unique<MeteredUnit>(std::move(unit), level, stopped);
+      return std::make_unique<ForgivingUnit>(std::move(unit), level, failed, stopped);
     };
   }
   platform::install(std::move(platform));
