@@ -132,7 +132,8 @@ TEST_F(Program, ExitStatusTellsWhatWentWrong) {
     const char* says;
   } cases[] = {
       {"--help", 0, "lirvox index"},
-      {"", 2, "subcommand"},
+      {"", 2, "a command is required"},
+      {"frobnicate", 2, "frobnicate: no such command"},
       {"recognize", 2, "FILE"},
       {"recognize --seconds -3 music/tune1.wav", 2, "--seconds"},
       {"recognize -d none.sqlite music/tune1.wav", 4, "none.sqlite"},

@@ -89,10 +89,7 @@ Command explainCommand() {
                    .help = "Tracks to show in a table of text",
                    .unit = "N",
                    .range = {{1, 1'000'000}}},
-                  {.names = "FILE",
-                   .value = &options->file,
-                   .help = "Sound or video file, *.dat recording, or - for standard input",
-                   .required = true}},
+                  soundOption(options->file)},
       .run = [options] { return explain(*options); }};
 }
 
