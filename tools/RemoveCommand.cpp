@@ -30,14 +30,9 @@ int remove(const Options& options) {
   if (tracks.empty()) return exitSomeFailed;
   std::cerr << CatalogReport::lines(tracks);
   const std::string number = counted(tracks.size(), "track");
-  switch (ask("Remove " + number + " from " + options.database + '?', options.yes)) {
-    case Consent::nobodyToAsk:
-      return exitUsage;
-    case Consent::no:
-      return exitDone;
-    case Consent::yes:
-      break;
-  }
+  if (const auto status =
+          refused("Remove " + number + " from " + options.database + '?', options.yes))
+    return *status;
   catalog::removeTracks(options.database, tracks);
   std::cerr << number << " removed: " << options.database << '\n';
   if (options.format == "json") CatalogReport(options.format).changed(tracks);
