@@ -28,6 +28,7 @@ class LIRVOX_EXPORT Directories {
 /// Three folders that are known.
 class LIRVOX_EXPORT FixedDirectories : public Directories {
  public:
+  /// As the operations ask for them.
   FixedDirectories(std::string caches, std::string configuration, std::string resources)
       : caches_(std::move(caches)),
         configuration_(std::move(configuration)),

@@ -23,12 +23,14 @@ struct SoundLevel {
 /// what it renders. Threads: as for any unit.
 class LIRVOX_EXPORT MeteredUnit : public AudioUnit {
  public:
+  /// For short.
   using Format = AudioStreamBasicDescription;
 
   /// Makes the units of `platform`, as they are now, metered. Without units, there is
   /// nothing to meter.
   static std::shared_ptr<SoundLevel> meterInput(Platform& platform);
 
+  /// `unit` is the one that does the work; `level` is written to.
   MeteredUnit(std::unique_ptr<AudioUnit> unit, std::shared_ptr<SoundLevel> level)
       : unit_(std::move(unit)), level_(std::move(level)) {}
 
