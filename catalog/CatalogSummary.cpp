@@ -6,6 +6,7 @@
 #include "catalog/DatabaseFile.h"
 
 namespace lirvox::catalog {
+
 CatalogSummary summarize(const std::string& path) {
   return naming(path, [&] {
     SQLite::Database database = openForReading(path);
@@ -23,6 +24,16 @@ CatalogSummary summarize(const std::string& path) {
     std::error_code ignored;
     summary.bytes = static_cast<std::int64_t>(std::filesystem::file_size(path, ignored));
     return summary;
+  });
+}
+
+std::vector<std::int64_t> trackIds(const std::string& path) {
+  return naming(path, [&] {
+    std::vector<std::int64_t> ids;
+    SQLite::Database database = openForReading(path);
+    SQLite::Statement query(database, "SELECT DISTINCT track_id FROM db ORDER BY track_id");
+    while (query.executeStep()) ids.push_back(query.getColumn(0).getInt64());
+    return ids;
   });
 }
 

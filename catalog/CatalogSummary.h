@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace lirvox::catalog {
 
@@ -19,6 +20,9 @@ struct CatalogSummary {
 /// The numbers of the database at `path`, which any program may have made: without a
 /// table `tracks`, tracks are counted in `db` and hours are 0. Throws `CatalogError`.
 CatalogSummary summarize(const std::string& path);
+
+/// The ids that rows of the database at `path` have, ascending. Throws `CatalogError`.
+std::vector<std::int64_t> trackIds(const std::string& path);
 
 /// The title (with the artist, if known) of each track of the database at `path`; empty
 /// when it has no table `tracks`. Throws `CatalogError`.

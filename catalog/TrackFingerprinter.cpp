@@ -66,10 +66,12 @@ double strengthAt(const std::vector<PickedPeak>& picked, std::int32_t frame, std
 
 }  // namespace
 
-TrackFingerprinter::TrackFingerprinter(const RowRule& rule, std::size_t samplesInMemory)
+TrackFingerprinter::TrackFingerprinter(const RowRule& rule, std::size_t samplesInMemory,
+                                       const std::function<void()>& checkpoint)
     : rule_(rule),
+      checkpoint_(checkpoint),
       samples_(samplesInMemory * sizeof(float)),
-      spectrogram_(framesToHold(samplesInMemory)),
+      spectrogram_(framesToHold(samplesInMemory), checkpoint),
       selection_(rule.rowsPerHour > 0, samplesInMemory) {
   for (int i = 0; i < rule.alignments; ++i) sightings_.emplace_back(samplesInMemory / 8);
 }
@@ -94,6 +96,7 @@ void TrackFingerprinter::look(std::size_t offset, Spool<Sighting>& sightings) {
   PeakPicker picker(spectrogram_.meanLogarithm());
   std::vector<PickedPeak> picked;
   for (std::size_t first = 0; first < spectrogram_.frameCount(); first += kStep) {
+    checkpoint_();
     if (first % kFramesToPair == 0) pair(picked, static_cast<std::int32_t>(first), sightings);
     const std::size_t count = std::min(kStep, spectrogram_.frameCount() - first);
     picker.filterAndPick(spectrogram_.logarithms(first, count), count, picked);
@@ -129,6 +132,7 @@ std::vector<QueryHash> TrackFingerprinter::select() {
   std::vector<Sighting> stretch;
   for (std::int32_t end = kFramesToSelect; std::any_of(readers.begin(), readers.end(), more);
        end += kFramesToSelect) {
+    checkpoint_();
     stretch.clear();
     for (SightingReader& reader : readers) reader.takeBefore(end, stretch);
     selection_.add(stretch, end);

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <vector>
 
 #include "catalog/RowSelection.h"
@@ -25,7 +26,12 @@ class TrackFingerprinter {
   /// spectrogram of tracks up to two and a half times as long (170 MB) is held in memory;
   /// longer ones take little memory whatever their length, and half as much time again.
   /// The rows are the same.
-  explicit TrackFingerprinter(const RowRule& rule, std::size_t samplesInMemory = kSamplesInMemory);
+  ///
+  /// `checkpoint` is called many times a second while `finish` works, on its thread. What
+  /// it throws ends the work; `clear` makes ready for the next track then.
+  explicit TrackFingerprinter(
+      const RowRule& rule, std::size_t samplesInMemory = kSamplesInMemory,
+      const std::function<void()>& checkpoint = [] {});
 
   /// Takes the next samples of the track: 32-bit words, mono, 11025 Hz. `CatalogError`
   /// when there is no room for a temporary file.
@@ -47,6 +53,7 @@ class TrackFingerprinter {
   std::vector<QueryHash> select();
 
   const RowRule rule_;
+  const std::function<void()> checkpoint_;
   Spool<float> samples_;
   std::vector<float> converted_;
   TrackSpectrogram spectrogram_;

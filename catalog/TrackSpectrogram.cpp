@@ -63,6 +63,7 @@ double* TrackSpectrogram::place(std::size_t first) {
 }
 
 double* TrackSpectrogram::computeDensities(std::size_t first, std::size_t count) {
+  checkpoint_();
   const std::size_t length = (count - 1) * hopLength() + frameLength();
   window_.resize(length);
   samples_->read(offset_ + first * hopLength(), length, window_.data());

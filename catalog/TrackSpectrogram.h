@@ -3,7 +3,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "catalog/Spool.h"
@@ -16,8 +18,10 @@ namespace lirvox::catalog {
 /// computed again when it is needed.
 class TrackSpectrogram {
  public:
-  /// Holds up to `framesToHold` frames, 2 kB each.
-  explicit TrackSpectrogram(std::size_t framesToHold) : framesToHold_(framesToHold) {}
+  /// Holds up to `framesToHold` frames, 2 kB each. `checkpoint` is called before each few
+  /// of them; what it throws ends the work.
+  TrackSpectrogram(std::size_t framesToHold, std::function<void()> checkpoint)
+      : framesToHold_(framesToHold), checkpoint_(std::move(checkpoint)) {}
 
   /// Goes through the frames that start at `offset` and every 256 samples from there.
   /// `samples` must outlive the use of the result.
@@ -40,6 +44,7 @@ class TrackSpectrogram {
   void makeRoom();
 
   const std::size_t framesToHold_;
+  const std::function<void()> checkpoint_;
   LirvoxAudioFFT fft_;
   std::vector<float> window_;  // the samples of a few frames
   std::unique_ptr<double[]> values_;

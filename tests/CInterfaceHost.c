@@ -107,6 +107,8 @@ static void refusals(void) {
   lirvox_platform_free(platform);
 }
 
+static lirvox_meter* meter;
+
 static lirvox_feed* install_platform(const char* folder) {
   char caches[1024];
   snprintf(caches, sizeof caches, "%s/c-caches/", folder);
@@ -116,7 +118,8 @@ static lirvox_feed* install_platform(const char* folder) {
   CHECK(lirvox_platform_set_executor(platform, execute, NULL, NULL) == LIRVOX_OK);
   CHECK(lirvox_platform_set_download_progress(platform, count_report, NULL, NULL) == LIRVOX_OK);
   lirvox_feed* const feed = lirvox_platform_use_feed(platform);
-  CHECK(feed && lirvox_platform_install(platform) == LIRVOX_OK);
+  meter = lirvox_platform_use_meter(platform);
+  CHECK(feed && meter && lirvox_platform_install(platform) == LIRVOX_OK);
   lirvox_platform_free(platform);
   return feed;
 }
@@ -167,12 +170,15 @@ static void recognize_all(lirvox_recognizer* recognizer, lirvox_feed* feed, cons
                           forms[i].format) == LIRVOX_OK);
     CHECK(fabs(lirvox_feed_seconds(feed) - 5) < 0.01);
     recognize(recognizer, feed, answer);
+    const double peak = lirvox_meter_take_peak(meter);
+    CHECK(peak > 0 && peak <= 1);
     CHECK(answer->track == 2 && fabsf(answer->position - 7.5F) < 0.05F);
   }
   memset(shorts, 0, sizeof shorts);
   CHECK(lirvox_feed_put(feed, shorts, kExcerpt, 11025, 1, LIRVOX_INT16) == LIRVOX_OK);
   recognize(recognizer, feed, answer);
   CHECK(answer->track == 0);
+  CHECK(lirvox_meter_take_peak(meter) == 0 && lirvox_meter_frames(meter) > 3 * kExcerpt);
 }
 
 static void end_early(lirvox_recognizer* recognizer, struct answer* answer) {
@@ -229,6 +235,7 @@ int main(int argc, char** argv) {
   recognize_all(recognizer, feed, words, &answer);
   end_early(recognizer, &answer);
   lirvox_feed_free(feed);
+  lirvox_meter_free(meter);
   update(recognizer);
   return 0;
 }

@@ -128,6 +128,25 @@ TEST(TrackFingerprinter, SaysWhenThereIsNoRoomForATemporaryFile) {
   EXPECT_TRUE(frugal.finish().empty());
 }
 
+TEST(TrackFingerprinter, CanBeStoppedAnywhereAndStartsAnew) {
+  const std::vector<std::int32_t> tune = test::makeTune(6, 120.0);
+  const RowRule rule{2, 0};
+  int steps = 0;  // left to go
+  TrackFingerprinter fingerprinter(rule, 1000, [&] {
+    if (steps-- == 0) throw CatalogError("stopped");
+  });
+  for (const int most : {0, 300, 600, 1203}) {
+    steps = most;
+    fingerprinter.add(tune.data(), tune.size());
+    EXPECT_THROW(fingerprinter.finish(), CatalogError) << most;
+    fingerprinter.clear();
+  }
+  steps = -1;
+  TrackFingerprinter fresh(rule);
+  for (TrackFingerprinter* one : {&fingerprinter, &fresh}) one->add(tune.data(), tune.size());
+  EXPECT_EQ(fingerprinter.finish(), fresh.finish());
+}
+
 TEST(TrackFingerprinter, SeesWhatAQuerySeesWhateverThePieces) {
   const std::vector<std::int32_t> tune = test::makeTune(5, 2560 * 20 / 11025.0);
   tools::QueryPass pass;

@@ -128,10 +128,13 @@ TEST_F(Listen, GoesOnUntilTheServerDiesOrItsOwnSourceIsRemoved) {
       });
   EXPECT_EQ(removed.status, 5);
   EXPECT_NE(removed.output.find("no source two.monitor"), std::string::npos) << removed.output;
+  ASSERT_TRUE(server_->control("load-module module-null-sink sink_name=three"));
   const Finished killed = run("@ listen --continuous --seconds 3", [&](const std::string& line) {
-    if (line.rfind("tune at 0:", 0) == 0) server_->kill();
+    if (line.rfind("tune at 0:", 0) == 0) server_->control("set-default-source three.monitor");
+    if (line.find("silence") != std::string::npos) server_->kill();
   });
   EXPECT_EQ(killed.status, 5);
+  EXPECT_NE(killed.output.find("(monitor three.monitor)\n"), std::string::npos) << killed.output;
   EXPECT_NE(killed.output.find("No sound server"), std::string::npos) << killed.output;
 }
 

@@ -83,7 +83,7 @@ TEST_F(Program, SkipsWhatIsUnchangedAndReplacesWhatHasChanged) {
   EXPECT_NE(again.find("3 unchanged"), std::string::npos) << again;
 
   writeWav(path("music/tune2.wav"), makeTune(77, 20.0));
-  EXPECT_NE(run("index music").output.find("1 tracks added"), std::string::npos);
+  EXPECT_NE(run("index music").output.find("1 track added"), std::string::npos);
   writeExcerpt("old.dat", 1, 7.5);
   EXPECT_EQ(run("recognize old.dat").status, 1);
   EXPECT_NE(run("recognize music/tune2.wav").output.find(": tune2 at 0:00"), std::string::npos);
@@ -102,6 +102,7 @@ TEST_F(Program, KeepsACatalogueAndAsksBeforeItLosesAnything) {
   } cases[] = {
       {"merge -o all.sqlite a.sqlite b.sqlite c.sqlite", 0, "4 tracks"},
       {"merge -o all.sqlite a.sqlite < /dev/null", 2, "--yes"},
+      {"merge -o all.sqlite a.sqlite none < /dev/null", 4, "none: no database there"},
       {"duplicates -d all.sqlite --format json", 0, R"("relation":"same","track_id":1)"},
       {"remove -d all.sqlite copy < /dev/null", 2, "Remove 1 track from all.sqlite?"},
       {"list -d all.sqlite --format csv copy", 0, "4,\"copy\",\"\","},
@@ -112,6 +113,7 @@ TEST_F(Program, KeepsACatalogueAndAsksBeforeItLosesAnything) {
       {"recognize -d all.sqlite music/tune3.wav", 0, "Me - New Name at 0:00"},
       {"merge --yes -o a.sqlite all.sqlite", 0, "3 tracks"},
       {"verify -d a.sqlite", 0, "a sound catalogue"},
+      {"info -d a.sqlite --format json", 0, R"("track_ids":[1,2,3],"tracks":3,)"},
       {"list -d none.sqlite", 4, "none.sqlite: no database there"},
       {"verify -d music/tune1.wav", 4, "damages of the file"},
   };
@@ -130,7 +132,8 @@ TEST_F(Program, ExitStatusTellsWhatWentWrong) {
     const char* says;
   } cases[] = {
       {"--help", 0, "lirvox index"},
-      {"", 2, "subcommand"},
+      {"", 2, "a command is required"},
+      {"frobnicate", 2, "frobnicate: no such command"},
       {"recognize", 2, "FILE"},
       {"recognize --seconds -3 music/tune1.wav", 2, "--seconds"},
       {"recognize -d none.sqlite music/tune1.wav", 4, "none.sqlite"},

@@ -10,6 +10,7 @@
 
 #include "tools/AvHandles.h"
 #include "tools/MonoConverter.h"
+#include "tools/StandardInput.h"
 
 namespace lirvox::tools {
 namespace {
@@ -22,9 +23,11 @@ using av::Frame;
 using av::Packet;
 using av::reasonOf;
 
-Format openFormat(const std::string& path) {
-  AVFormatContext* raw = nullptr;
-  const std::string url = path == "-" ? "pipe:0" : "file:" + path;
+// `input`, if there is one, is read instead of `path`.
+Format openFormat(const std::string& path, AVIOContext* input) {
+  AVFormatContext* raw = input ? avformat_alloc_context() : nullptr;
+  if (raw) raw->pb = input;
+  const std::string url = input ? std::string() : "file:" + path;
   const int opened = avformat_open_input(&raw, url.c_str(), nullptr, nullptr);
   // What is no sound file at all is told apart from one that cannot be read.
   if (opened == AVERROR_INVALIDDATA) throw AudioError(Kind::noAudio, "not a sound file");
@@ -89,7 +92,9 @@ std::string tag(const AVFormatContext& format, int stream, const char* name) {
 
 AudioTags decodeAudio(const std::string& path, const SampleSink& sink) {
   av_log_set_level(AV_LOG_QUIET);
-  const Format format = openFormat(path);
+  const av::Stream input = path == "-" ? av::standardInput() : nullptr;
+  if (path == "-" && !input) throw AudioError(Kind::unreadable, reasonOf(AVERROR(ENOMEM)));
+  const Format format = openFormat(path, input.get());
   const AVCodec* decoder = nullptr;
   const int stream = av_find_best_stream(format.get(), AVMEDIA_TYPE_AUDIO, -1, -1, &decoder, 0);
   if (stream < 0) throw AudioError(Kind::noAudio, "no audio stream that can be decoded");

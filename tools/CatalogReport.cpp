@@ -140,9 +140,9 @@ void CatalogReport::merged(const catalog::Merged& merged, std::size_t parts,
            {"replaced", merged.replaced}});
     return;
   }
-  std::cout << output << ": " << merged.tracks << " tracks, " << merged.rows << " rows from "
-            << parts << " parts; " << merged.same << " tracks were in several, " << merged.replaced
-            << " replaced\n";
+  std::cout << output << ": " << counted(merged.tracks, "track") << ", "
+            << counted(merged.rows, "row") << " from " << counted(parts, "part") << "; "
+            << merged.same << " in several parts, " << merged.replaced << " replaced\n";
 }
 
 void CatalogReport::verified(const catalog::Verification& verification,
@@ -159,7 +159,8 @@ void CatalogReport::verified(const catalog::Verification& verification,
     return;
   }
   for (const auto& [what, count, example] : verification.violations) {
-    std::cout << database << ": " << count << ' ' << what << ", such as " << example << '\n';
+    std::cout << database << ": " << what << ": " << count << (count == 1 ? " (" : " (such as ")
+              << example << ")\n";
   }
   if (verification.violations.empty()) {
     std::cout << database << ": a sound " << verification.kind << '\n';

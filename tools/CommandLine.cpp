@@ -37,8 +37,10 @@ std::string valueText(const Option& option, const CLI::Option& bound) {
   std::string text = option.unit;
   for (const std::string& choice : option.choices) text += (text.empty() ? "" : "|") + choice;
   if (text.empty()) text = bound.get_type_name();
-  const std::string standard = bound.get_default_str();
-  return standard.empty() ? text : text + " [" + standard + ']';
+  const std::string known = bound.get_default_str();
+  const std::string standard = known.empty() ? option.standard : known;
+  if (!standard.empty()) text += " [" + standard + ']';
+  return option.required ? text + " (required)" : text;
 }
 
 void add(CLI::App& app, const Option& option) {
@@ -49,19 +51,47 @@ void add(CLI::App& app, const Option& option) {
   if (option.check) bound->check(option.check);
   if (bound->get_expected_max() > 0 && !bound->get_positional()) {
     bound->option_text(valueText(option, *bound));
+  } else if (std::holds_alternative<std::vector<std::string>*>(option.value)) {
+    bound->option_text("...");
   }
+}
+
+// What is said of a command line that makes no sense.
+std::string complaint(const CLI::App* app, const CLI::Error& error) {
+  const auto commands = app->get_subcommands();
+  const auto unknown = app->remaining();
+  std::string reason = error.what();
+  if (commands.empty()) {
+    reason = unknown.empty() ? "a command is required"
+                             : unknown.front() + ": no such " +
+                                   (unknown.front().front() == '-' ? "option" : "command");
+  }
+  const std::string which = commands.empty() ? "" : ' ' + commands.front()->get_name();
+  return "lirvox: " + reason + "\nlirvox" + which + " --help tells more\n";
+}
+
+// In the words of the manual.
+void setWords(CLI::App& app) {
+  const auto words = app.get_formatter();
+  words->label("Positionals", "Arguments");
+  words->label("SUBCOMMAND", "COMMAND");
+  words->label("TEXT", "");
+  words->label("REQUIRED", "");
+  app.failure_message(complaint);
 }
 
 }  // namespace
 
 std::function<int()> parseCommandLine(const Program& program, int argc, char** argv) {
-  CLI::App app(program.summary);
+  CLI::App app(program.summary, "lirvox");
+  setWords(app);
   app.set_version_flag("--version", program.version);
   app.require_subcommand(1);
   app.footer(program.details);
   std::function<int()> run;
   for (const Command& command : program.commands) {
     CLI::App* const subcommand = app.add_subcommand(command.name, command.summary);
+    subcommand->group("Commands");
     subcommand->footer(command.details);
     for (const Option& option : command.options) add(*subcommand, option);
     subcommand->callback([&run, &command] { run = command.run; });
@@ -77,7 +107,17 @@ std::function<int()> parseCommandLine(const Program& program, int argc, char** a
 
 Option databaseOption(std::string& path) {
   path = LirvoxSettings::databasePath();
-  return {.names = "-d,--database", .value = &path, .help = "Database", .unit = "FILE"};
+  return {.names = "-d,--database",
+          .value = &path,
+          .help = "Database, the installed one if not given",
+          .unit = "FILE"};
+}
+
+Option soundOption(std::string& file) {
+  return {.names = "FILE",
+          .value = &file,
+          .help = "Sound or video file, *.dat recording, or - for standard input",
+          .required = true};
 }
 
 Option votesOption(int& votes) {

@@ -88,6 +88,8 @@ Command duplicatesCommand();
 
 /// The option -d, which stands for the installed database unless given.
 Option databaseOption(std::string& path);
+/// The argument FILE, which is heard.
+Option soundOption(std::string& file);
 /// --min-votes, with the recognizer's default.
 Option votesOption(int& votes);
 /// --format, text or json.

@@ -48,6 +48,11 @@ struct TextStyle {
   int maxLines = 1;       ///< into which long text is broken before it is cut
 };
 
+/// The width of the program's pages, and where their charts begin and end.
+inline constexpr double kPageWidth = 1200.0;
+inline constexpr double kPageLeft = 80.0;
+inline constexpr double kPageRight = 1182.0;
+
 /// One page. Drawing never fails; `save` tells if anything has.
 class Drawing {
  public:

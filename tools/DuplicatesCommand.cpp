@@ -7,6 +7,7 @@
 #include "catalog/TrackList.h"
 #include "tools/CatalogReport.h"
 #include "tools/CommandLine.h"
+#include "tools/Console.h"
 #include "tools/DatabaseCheck.h"
 #include "tools/PercentProgress.h"
 
@@ -26,7 +27,7 @@ int duplicates(const Options& options) {
   progress.hide();
   CatalogReport(options.format).duplicates(found, catalog::listTracks(options.database));
   if (options.format == "text") {
-    std::cerr << found.size() << (found.size() == 1 ? " pair" : " pairs")
+    std::cerr << counted(found.size(), "pair")
               << " of tracks with sound in common: " << options.database << '\n';
   }
   return exitDone;

@@ -82,9 +82,8 @@ std::vector<ListedTrack> tracksIn(const Options& options, std::size_t& failed) {
 }
 
 bool drawn(const Evaluation& evaluation, const std::string& picture) {
-  const std::string headline = std::to_string(evaluation.rows().front().rate.trials) +
-                               " excerpts of " + std::to_string(evaluation.trackCount()) +
-                               " tracks";
+  const std::string headline = counted(evaluation.rows().front().rate.trials, "excerpt") + " of " +
+                               counted(evaluation.trackCount(), "track");
   const auto error = drawEvaluation(evaluation.rows(), headline, picture);
   if (error) complain(picture + ": " + error.message());
   return !error;
@@ -138,14 +137,14 @@ Command evaluateCommand() {
           "that are usual, and looks each up: among all tracks, and with its own left out.\n"
           "\n"
           "How to read it: RIGHT is the rate at which the right track was answered, higher is\n"
-          "better; PLACE of them the right place too, within half a second (music that repeats\n"
-          "itself has several). WRONG is another track, ABSENT any track for music that is not\n"
-          "in the database: lower is better. More seconds or fewer votes raise RIGHT, fewer\n"
-          "votes raise ABSENT too: choose the sound that is like yours, the highest ABSENT you\n"
-          "can live with, then the pair with the highest RIGHT. With 100 excerpts a figure near\n"
-          "95 is good to 4 points, one near 50 to 10; for half of that take four times as many.\n"
-          "All rows are of the same places and noises, so that their differences are better\n"
-          "than that. The same seed gives the same figures.\n"
+          "better; PLACE the rate at which the place in it was right too, within half a second\n"
+          "(music that repeats itself has several). WRONG is another track, ABSENT any track for\n"
+          "music that is not in the database: lower is better. More seconds or fewer votes raise\n"
+          "RIGHT, fewer votes raise ABSENT too: choose the sound that is like yours, the highest\n"
+          "ABSENT you can live with, then the pair with the highest RIGHT. With 100 excerpts a\n"
+          "figure near 95 is good to 4 points, one near 50 to 10; for half of that take four\n"
+          "times as many. All rows are of the same places and noises, so that their differences\n"
+          "are better than that. The same seed gives the same figures.\n"
           "\n"
           "JSON: one object per row, with seconds, min_votes, degradation, excerpts, recognized,\n"
           "right_place, wrong and absent_answered (of 1).\n"

@@ -4,15 +4,13 @@
 #include <sstream>
 
 #include "tools/Axes.h"
+#include "tools/Console.h"
 #include "tools/EvaluationReport.h"
 
 namespace lirvox::tools {
 namespace {
 
-constexpr double kWidth = 1200.0;
 constexpr double kHeight = 520.0;
-constexpr double kLeft = 80.0;
-constexpr double kRight = 1182.0;
 constexpr double kTop = 116.0;
 constexpr double kPanelHeight = 340.0;
 constexpr double kLeftPanelWidth = 500.0;
@@ -30,12 +28,13 @@ class EvaluationChart {
   }
 
   void draw(const std::string& headline) {
-    drawing_.text({kLeft, 30}, headline, {.size = 18, .bold = true, .maxWidth = kRight - kLeft});
+    drawing_.text({kPageLeft, 30}, headline,
+                  {.size = 18, .bold = true, .maxWidth = kPageRight - kPageLeft});
     drawLegends();
-    const Box left{kLeft, kTop, kLeftPanelWidth, kPanelHeight};
+    const Box left{kPageLeft, kTop, kLeftPanelWidth, kPanelHeight};
     const double second = left.right() + kGapWidth;
     const Axes levels = panel(left, levels_, "Level of the music above pink noise (dB)");
-    const Axes others = panel({second, kTop, kRight - second, kPanelHeight}, others_, "");
+    const Axes others = panel({second, kTop, kPageRight - second, kPanelHeight}, others_, "");
     for (std::size_t setting = 0; setting < settingCount(); ++setting) {
       drawLines(levels, setting);
       drawStems(others, setting);
@@ -68,11 +67,11 @@ class EvaluationChart {
     std::vector<LegendEntry> settings;
     for (std::size_t i = 0; i < settingCount(); ++i) {
       std::ostringstream text;
-      text << row(i, 0).seconds << " s, " << row(i, 0).minimum << " votes";
+      text << row(i, 0).seconds << " s, " << counted(row(i, 0).minimum, "vote");
       settings.push_back({Mark::box, palette::lines[i], text.str()});
     }
-    drawLegend(drawing_, kRight, 62, settings);
-    drawLegend(drawing_, kRight, 88,
+    drawLegend(drawing_, kPageRight, 62, settings);
+    drawLegend(drawing_, kPageRight, 88,
                {{Mark::dot, palette::ink, "recognized"},
                 {Mark::dashes, palette::ink, "answered, though its track is not there"}});
   }
@@ -134,7 +133,7 @@ class EvaluationChart {
 
 std::error_code drawEvaluation(const std::vector<EvaluatedRow>& rows, const std::string& headline,
                                const std::string& path) {
-  Drawing drawing(path, kWidth, kHeight);
+  Drawing drawing(path, kPageWidth, kHeight);
   EvaluationChart(drawing, rows).draw(headline);
   return drawing.save();
 }

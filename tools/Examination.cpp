@@ -48,4 +48,8 @@ std::int32_t Examination::ownOffset(std::size_t track) const {
   return decision_->hits.offset((*statistics_)[track].peak.bin);
 }
 
+std::int32_t Examination::ownPeak(std::size_t track) const {
+  return (*statistics_)[track].peak.height - 1;  // it is kept one above
+}
+
 }  // namespace lirvox::tools

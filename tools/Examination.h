@@ -47,6 +47,8 @@ class Examination {
   const TrackStatistics* statistics() const { return statistics_.get(); }
   /// `track` is an index into `decision()->hits.tracks()`; the offset is one of its own best.
   std::int32_t ownOffset(std::size_t track) const;
+  /// Its hits at that one offset: what decides its rank.
+  std::int32_t ownPeak(std::size_t track) const;
 
  private:
   void look(LirvoxDatabase& database);

@@ -59,8 +59,18 @@ Command explainCommand() {
           "tracks with what it counts for each, and the reason for the outcome. A place is where\n"
           "in the track the excerpt starts.\n"
           "\n"
+          "The best aligned track is the one with the most hits at one offset. It should be the\n"
+          "answer if its votes exceed the minimum and stand out: 1.75 times those of the fourth\n"
+          "best track, or 4 times those of the 17th. Votes are the hits at that offset and the "
+          "two\n"
+          "below it, and of the tracks behind the best the one with the most votes comes next.\n"
+          "In the vote itself hits stay counted from track to track, and the count that comes "
+          "last\n"
+          "as text wins: a track may get other votes there than its own.\n"
+          "\n"
           "JSON: one object with file, recognized, track_id, title, position, votes, reason,\n"
-          "explanation, minimum_votes, query, order and visits (all of them, in their order).\n"
+          "explanation, minimum_votes, query, standing, order and visits (all of them, in their "
+          "order).\n"
           "Reasons: stands-out, copy, nobody-silences; too-short, silence, no-landmarks,\n"
           "no-hash-in-database, too-few-votes, no-candidate, does-not-stand-out,\n"
           "hidden-in-the-vote, track-0, database-failure.\n"
@@ -79,10 +89,7 @@ Command explainCommand() {
                    .help = "Tracks to show in a table of text",
                    .unit = "N",
                    .range = {{1, 1'000'000}}},
-                  {.names = "FILE",
-                   .value = &options->file,
-                   .help = "Sound or video file, *.dat recording, or - for standard input",
-                   .required = true}},
+                  soundOption(options->file)},
       .run = [options] { return explain(*options); }};
 }
 

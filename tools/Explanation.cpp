@@ -60,11 +60,11 @@ const char* aimText(OrderAim aim) {
   return "the best aligned first, as no order serves";
 }
 
-// A line of either table: what a track gets, or would get, and where.
-void printRow(std::ostream& out, std::size_t number, const std::string& votes,
-              const std::string& place, std::int32_t hits, const std::string& title) {
-  out << std::setw(6) << number << std::setw(7) << votes << std::setw(10) << place << std::setw(7)
-      << hits << "  " << title << '\n';
+// The end of a line of either table: what a track gets, or would get, and where.
+void printRow(std::ostream& out, const std::string& votes, const std::string& place,
+              std::int32_t hits, const std::string& title) {
+  out << std::setw(7) << votes << std::setw(10) << place << std::setw(7) << hits << "  " << title
+      << '\n';
 }
 
 void printRest(std::ostream& out, std::size_t count, std::size_t shown) {
@@ -84,16 +84,24 @@ void printQuery(std::ostream& out, const Examination& examined) {
 void printRanking(std::ostream& out, const Explanation& of, std::size_t rows) {
   const TrackStatistics& statistics = *of.examined.statistics();
   const auto& tracks = of.examined.decision()->hits.tracks();
-  out << "\nBest aligned tracks, by their own hits:\n"
-         "  rank  votes        at   hits  title\n";
+  out << "\nBest aligned tracks, by the most of their own hits at one offset:\n"
+         "  rank  most  votes        at   hits  title (votes: hits in a window of three offsets)\n";
   const std::size_t shown = std::min(rows, tracks.size());
   for (std::size_t i = 0; i < shown; ++i) {
     const std::size_t track = statistics.ranking()[i];
-    printRow(out, i + 1, std::to_string(statistics[track].count),
+    out << std::setw(6) << i + 1 << std::setw(6) << of.examined.ownPeak(track);
+    printRow(out, std::to_string(statistics[track].count),
              clockTime(secondsOf(DecimalString(of.examined.ownOffset(track)))),
              tracks[track].hitCount(), of.titles.of(tracks[track].id.intValue()));
   }
   printRest(out, tracks.size(), shown);
+  const LeaderStanding standing(statistics, of.examined.minimum());
+  if (standing.fourth() == 0) return;
+  out << "  Behind rank 1 the third most votes are " << standing.fourth() << " (the fourth best)";
+  if (standing.seventeenth() > 0) {
+    out << ", the 16th most " << standing.seventeenth() << " (the 17th best)";
+  }
+  out << '\n';
 }
 
 // Visits that are no candidates count nothing; the winner's is marked, and always shown.
@@ -109,7 +117,8 @@ void printVisits(std::ostream& out, const Explanation& of, std::size_t rows) {
     if (shown >= rows && !isWinner) continue;
     const auto found = candidates.find(track.id.intValue());
     const LirvoxResult* const candidate = found == candidates.end() ? nullptr : found->second;
-    printRow(out, i + 1, candidate ? candidate->result_count.string() : "-",
+    out << std::setw(6) << i + 1;
+    printRow(out, candidate ? candidate->result_count.string() : "-",
              candidate ? clockTime(secondsOf(candidate->result_time)) : "-", track.hitCount(),
              of.titles.of(track.id.intValue()) + (isWinner ? "  <- wins" : ""));
     ++shown;
@@ -131,6 +140,15 @@ Json queryJson(const Examination& examined) {
           {"tracks", examined.decision()->hits.tracks().size()}};
 }
 
+// What decides whether the best aligned track stands out.
+Json standingJson(const Examination& examined) {
+  if (!examined.statistics()) return nullptr;
+  const LeaderStanding standing(*examined.statistics(), examined.minimum());
+  return {{"leader_votes", standing.count()},
+          {"fourth_votes", standing.fourth()},
+          {"seventeenth_votes", standing.seventeenth()}};
+}
+
 Json visitsJson(const Explanation& of) {
   const Decision& decision = *of.examined.decision();
   const auto candidates = candidatesOf(decision);
@@ -141,6 +159,7 @@ Json visitsJson(const Explanation& of) {
     Json visit = {{"track_id", id},
                   {"title", of.titles.of(id)},
                   {"hits", hits.hitCount()},
+                  {"own_peak", of.examined.ownPeak(track)},
                   {"own_votes", (*of.examined.statistics())[track].count},
                   {"own_position", secondsOf(DecimalString(of.examined.ownOffset(track)))},
                   {"votes", nullptr},
@@ -182,6 +201,7 @@ std::string Explanation::json() const {
                      {"explanation", verdict.sentence},
                      {"minimum_votes", examined.minimum()},
                      {"query", queryJson(examined)},
+                     {"standing", standingJson(examined)},
                      {"order", aimName(examined.decision()->order.aim)},
                      {"visits", visitsJson(*this)}};
   // File names and titles are bytes, and need not be UTF-8.

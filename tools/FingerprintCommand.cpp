@@ -43,10 +43,7 @@ Command fingerprintCommand() {
               "\n"
               "Example:\n"
               "  lirvox fingerprint capture.dat | wc -l",
-          .options = {{.names = "FILE",
-                       .value = file.get(),
-                       .help = "Sound file, *.dat recording, or - for standard input",
-                       .required = true}},
+          .options = {soundOption(*file)},
           .run = [file] { return fingerprint(*file); }};
 }
 

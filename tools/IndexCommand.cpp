@@ -63,10 +63,10 @@ void take(ReadTrack read, catalog::Catalog& catalog, Progress& progress, Tally& 
 }
 
 void report(const Tally& tally, const Progress& progress, const std::string& database) {
-  std::cerr << tally.added << " tracks added (" << clockTime(progress.secondsOfSound())
+  std::cerr << counted(tally.added, "track") << " added (" << clockTime(progress.secondsOfSound())
             << " of sound, " << std::llround(progress.speed()) << " x real time), "
-            << tally.unchanged << " unchanged, " << tally.withoutAudio << " files without sound, "
-            << tally.failed << " failed: " << database << '\n';
+            << tally.unchanged << " unchanged, " << counted(tally.withoutAudio, "file")
+            << " without sound, " << tally.failed << " failed: " << database << '\n';
 }
 
 int index(const Options& options) {
@@ -124,20 +124,22 @@ Command indexCommand() {
             .standard = "the number of processors"},
            {.names = "--shifts",
             .value = &rules.alignments,
-            .help = "Time alignments of each track that are looked at (default 8)",
-            .choices = {"1", "2", "4", "8"}},
+            .help = "Time alignments of each track that are looked at",
+            .choices = {"1", "2", "4", "8"},
+            .standard = "8"},
            {.names = "--rows-per-hour",
             .value = &rules.rowsPerHour,
-            .help = "The best rows that are kept of an hour of sound, 15 bytes each; 0 keeps all "
-                    "(default 320000)",
+            .help = "The best rows that are kept of an hour of sound, 15 bytes each; 0 keeps all",
             .unit = "N",
-            .range = {{0, 100'000'000}}},
+            .range = {{0, 100'000'000}},
+            .standard = "320000"},
            {.names = "--common",
             .value = &rules.commonHashes,
             .help = "Leave out hashes with more rows than this many times the mean; 0 leaves out "
-                    "none (default 20)",
+                    "none",
             .unit = "FACTOR",
-            .range = {{0, 1e6}}},
+            .range = {{0, 1e6}},
+            .standard = "20"},
            {.names = "PATH",
             .value = &options->paths,
             .help = "Files and folders of music",

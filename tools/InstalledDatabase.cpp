@@ -14,22 +14,6 @@ namespace lirvox::tools {
 
 namespace fs = std::filesystem;
 
-namespace {
-
-class OneFolder : public platform::Directories {
- public:
-  explicit OneFolder(std::string folder) : folder_(std::move(folder)) {}
-
-  std::string cachesDirectory() const override { return folder_; }
-  std::string configurationDirectory() const override { return folder_; }
-  std::string resourcesDirectory() const override { return folder_; }
-
- private:
-  const std::string folder_;
-};
-
-}  // namespace
-
 InstalledDatabase::InstalledDatabase(const std::string& path) {
   std::error_code error;
   std::string folder = (fs::temp_directory_path(error) / "lirvox-XXXXXX").string();
@@ -50,7 +34,7 @@ InstalledDatabase::~InstalledDatabase() {
 }
 
 std::shared_ptr<platform::Directories> InstalledDatabase::directories() const {
-  return std::make_shared<OneFolder>(folder_);
+  return std::make_shared<platform::FixedDirectories>(folder_, folder_, folder_);
 }
 
 }  // namespace lirvox::tools

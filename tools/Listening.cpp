@@ -104,14 +104,19 @@ bool Listening::inputIsThere(std::chrono::milliseconds patience) {
   return reason.empty();
 }
 
-// People see which input is heard, at the beginning and when it changes.
+// Which input is heard: people see it at the beginning, and logs have it when it changes.
 void Listening::tellInput() {
-  const std::string name = recognizer_.inputName();
-  if (name == inputName_) return;
-  inputName_ = name;
-  if (!meter_.isShown()) return;
+  const auto input = recognizer_.input();
+  const std::string identifier = input ? input->uniqueIdentifier : "";
+  if (inputIdentifier_ == identifier) return;
+  const bool isFirst = !inputIdentifier_;
+  inputIdentifier_ = identifier;
+  inputName_ = input ? input->name : "nothing";
+  if (isFirst && !meter_.isShown()) return;
   meter_.hide();
-  std::cerr << "Listening to " << name << '\n';
+  std::cerr << "Listening to " << inputName_;
+  if (input) std::cerr << (input->isMonitor ? " (monitor " : " (microphone ") << identifier << ')';
+  std::cerr << '\n';
 }
 
 void Listening::say(const std::string& text) {

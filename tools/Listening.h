@@ -52,6 +52,7 @@ class Listening {
   LevelMeter meter_;
   SoundWatch watch_;
   RepeatFilter repeats_;
+  std::optional<std::string> inputIdentifier_;  // none before the first, "" for no input
   std::string inputName_;
   std::uint64_t framesBefore_ = 0;
   bool recognizedAny_ = false;

@@ -9,6 +9,7 @@
 #include "lib/LirvoxDatabase.h"
 #include "lib/LirvoxSettings.h"
 #include "lib/platform/TemporaryFile.h"
+#include "tools/ForgivingUnit.h"
 #include "tools/Inputs.h"
 #include "tools/Wakeup.h"
 
@@ -62,11 +63,11 @@ LiveRecognizer::LiveRecognizer(const Options& options)
       if (saves) Lirvox::sharedInstance()->saveCurrentBufferToFile();
     };
     platform.makeInputUnit =
-        [makeUnit, stopped,
-         level = level_](platform::AudioStatus& status) -> std::unique_ptr<platform::AudioUnit> {
+        [makeUnit, stopped, level = level_,
+         failed = failed_](platform::AudioStatus& status) -> std::unique_ptr<platform::AudioUnit> {
       auto unit = makeUnit(status);
       if (!unit) return unit;
-      return std::make_unique<MeteredUnit>(std::move(unit), level, stopped);
+      return std::make_unique<ForgivingUnit>(std::move(unit), level, failed, stopped);
     };
   }
   platform::install(std::move(platform));
@@ -81,9 +82,10 @@ std::string LiveRecognizer::whyNoInput() const {
   return tools::whyNoInput(*platform_, options_.source);
 }
 
-std::string LiveRecognizer::inputName() const {
+std::optional<platform::AudioSessionPort> LiveRecognizer::input() const {
   const auto route = platform_->audioSession->currentRoute();
-  return route.inputs.empty() ? "nothing" : route.inputs.front().name;
+  if (route.inputs.empty()) return std::nullopt;
+  return route.inputs.front();
 }
 
 void LiveRecognizer::start() {

@@ -1,16 +1,17 @@
 // Recognition of what an input hears, through the recognizer and its delegate.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <system_error>
 
+#include "lib/platform/MeteredUnit.h"
 #include "lib/platform/Platform.h"
 #include "tools/Answer.h"
 #include "tools/InstalledDatabase.h"
-#include "tools/MeteredUnit.h"
 
 namespace lirvox::tools {
 
@@ -34,8 +35,8 @@ class LiveRecognizer {
 
   /// Why nothing can be heard, for people; empty when something can.
   std::string whyNoInput() const;
-  /// The input in use, for people.
-  std::string inputName() const;
+  /// The input in use, if there is one.
+  std::optional<platform::AudioSessionPort> input() const;
 
   /// Starts a capture. Throws `CatalogError` when the database is gone.
   void start();
@@ -47,7 +48,7 @@ class LiveRecognizer {
   /// Whether the input was taken away, or changed, since the last call.
   bool takeInputChange();
   /// Whether the input could not be used, since the last call.
-  bool takeFailure() { return level_->failed.exchange(false); }
+  bool takeFailure() { return failed_->exchange(false); }
 
   /// Frames that have arrived in all captures.
   std::uint64_t frames() const { return level_->frames; }
@@ -62,7 +63,8 @@ class LiveRecognizer {
 
   const Options options_;
   const InstalledDatabase installed_;
-  const std::shared_ptr<SoundLevel> level_ = std::make_shared<SoundLevel>();
+  const std::shared_ptr<platform::SoundLevel> level_ = std::make_shared<platform::SoundLevel>();
+  const std::shared_ptr<std::atomic<bool>> failed_ = std::make_shared<std::atomic<bool>>(false);
   const std::shared_ptr<Listener> listener_;
   std::shared_ptr<const platform::Platform> platform_;
 };

@@ -3,6 +3,7 @@
 #include <csignal>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -33,27 +34,22 @@ void interrupt(int) {
   interrupted = true;
 }
 
-// Only a catalogue is replaced. Reading it undoes what a killed process has left beside it,
-// which would be taken for a part of the new file.
-Consent mayWrite(const Options& options) {
+// Only a catalogue is replaced, and only by catalogues: nobody is asked about anything else.
+// Reading it undoes what a killed process has left beside it, which would be taken for a part
+// of the new file.
+std::optional<ExitStatus> mayNotWrite(const Options& options) {
   std::error_code ignored;
-  if (!std::filesystem::exists(options.output, ignored)) return Consent::yes;
+  if (!std::filesystem::exists(options.output, ignored)) return std::nullopt;
   catalog::openCatalogForReading(options.output);
+  for (const std::string& part : options.parts) catalog::openCatalogForReading(part);
   const auto tracks = catalog::summarize(options.output).tracks;
-  return ask(
-      options.output + " is there already, with " + std::to_string(tracks) + " tracks. Replace it?",
+  return refused(
+      options.output + " is there already, with " + counted(tracks, "track") + ". Replace it?",
       options.yes);
 }
 
 int merge(const Options& options) {
-  switch (mayWrite(options)) {
-    case Consent::nobodyToAsk:
-      return exitUsage;
-    case Consent::no:
-      return exitDone;
-    case Consent::yes:
-      break;
-  }
+  if (const auto status = mayNotWrite(options)) return *status;
   // What is not finished must be cleared away.
   std::signal(SIGINT, interrupt);
   std::signal(SIGTERM, interrupt);
@@ -95,9 +91,10 @@ Command mergeCommand() {
                   {.names = "--common",
                    .value = &options->merge.commonHashes,
                    .help = "Leave out hashes with more rows than this many times the mean; 0 "
-                           "leaves out none (default: as the parts do)",
+                           "leaves out none",
                    .unit = "FACTOR",
-                   .range = {{0, 1e6}}},
+                   .range = {{0, 1e6}},
+                   .standard = "as the parts do"},
                   {.names = "--replace",
                    .value = &options->merge.replace,
                    .help = "Where parts have different files of one path, take the later part's"},

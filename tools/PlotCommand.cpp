@@ -20,9 +20,6 @@
 namespace lirvox::tools {
 namespace {
 
-constexpr double kWidth = 1200.0;
-constexpr double kLeft = 80.0;
-constexpr double kRight = 1182.0;
 constexpr double kSpectrogramTop = 124.0;
 constexpr double kSpectrogramBottom = 470.0;
 constexpr double kVotesTop = 526.0;
@@ -54,19 +51,19 @@ std::string headline(const Options& options, const Examination& examined, const 
   if (!examined.decision()) return text;
   if (!verdict.answer.recognized) return text + ": not recognized";
   return text + ": " + shortened(titles.of(verdict.answer.trackId), 50) + " at " +
-         clockTime(verdict.answer.positionInSeconds) + " (" + std::to_string(verdict.votes) +
-         " votes)";
+         clockTime(verdict.answer.positionInSeconds) + " (" + counted(verdict.votes, "vote") + ')';
 }
 
 void draw(Drawing& drawing, const Examination& examined, const Titles& titles,
           const std::string& headline, const std::string& reason) {
-  const double width = kRight - kLeft;
-  drawing.text({kLeft, 30}, headline, {.size = 20, .bold = true, .maxWidth = width});
-  drawing.text({kLeft, 58}, reason,
+  const double width = kPageRight - kPageLeft;
+  drawing.text({kPageLeft, 30}, headline, {.size = 20, .bold = true, .maxWidth = width});
+  drawing.text({kPageLeft, 58}, reason,
                {.size = 14, .color = palette::pale, .maxWidth = width, .maxLines = 2});
-  drawSpectrogram(drawing, {kLeft, kSpectrogramTop, width, kSpectrogramBottom - kSpectrogramTop},
+  drawSpectrogram(drawing,
+                  {kPageLeft, kSpectrogramTop, width, kSpectrogramBottom - kSpectrogramTop},
                   examined, placeOf(examined));
-  if (examined.statistics()) drawVotes(drawing, kLeft, kRight, kVotesTop, examined, titles);
+  if (examined.statistics()) drawVotes(drawing, kPageLeft, kPageRight, kVotesTop, examined, titles);
 }
 
 int plot(const Options& options, LirvoxDatabase* database, const Titles& titles) {
@@ -75,7 +72,7 @@ int plot(const Options& options, LirvoxDatabase* database, const Titles& titles)
   const Verdict verdict = database ? verdictOn(examined, titles) : Verdict{};
   const std::string title = headline(options, examined, verdict, titles);
   const double height = kVotesTop + (examined.statistics() ? votesHeight(examined) : 0.0);
-  Drawing drawing(options.picture, kWidth, height);
+  Drawing drawing(options.picture, kPageWidth, height);
   draw(drawing, examined, titles, title,
        database ? verdict.sentence : "Without a database, nothing is looked up");
   if (const auto error = drawing.save()) {
@@ -120,15 +117,9 @@ Command plotCommand() {
           "Examples:\n"
           "  lirvox plot excerpt.ogg -o excerpt.png\n"
           "  lirvox plot --start 60 -d music.sqlite film.mkv -o film.svg",
-      .options = {databaseOption(options->database),
-                  startOption(options->excerpt),
-                  secondsOption(options->excerpt, 60),
-                  votesOption(options->minimumVotes),
-                  pictureOption(options->picture),
-                  {.names = "FILE",
-                   .value = &options->file,
-                   .help = "Sound or video file, *.dat recording, or - for standard input",
-                   .required = true}},
+      .options = {databaseOption(options->database), startOption(options->excerpt),
+                  secondsOption(options->excerpt, 60), votesOption(options->minimumVotes),
+                  pictureOption(options->picture), soundOption(options->file)},
       .run = [options] { return plot(*options); }};
 }
 

@@ -30,7 +30,7 @@ void Progress::show() {
   const double done = static_cast<double>(workDone_) / static_cast<double>(totalWork_);
   const double remaining = done > 0.0 ? elapsedSeconds() * (1.0 - done) / done : 0.0;
   std::ostringstream text;
-  text << filesDone_ << '/' << files_ << " files, " << clockTime(sound_) << " of sound, "
+  text << filesDone_ << '/' << counted(files_, "file") << ", " << clockTime(sound_) << " of sound, "
        << std::llround(speed()) << " x real time, " << clockTime(remaining) << " left";
   line_.show(text.str());
 }

@@ -5,6 +5,7 @@
 
 #include "catalog/Publish.h"
 #include "tools/CommandLine.h"
+#include "tools/Console.h"
 #include "tools/DatabaseCheck.h"
 
 namespace lirvox::tools {
@@ -23,7 +24,7 @@ int publish(const Options& options) {
   std::cout << "generation " << published.dt << (published.isNew ? ", new: " : ", unchanged: ")
             << options.folder << '/' << published.archive << '\n';
   if (options.prune) {
-    std::cout << catalog::prune(options.folder) << " older archives removed\n";
+    std::cout << counted(catalog::prune(options.folder), "older archive") << " removed\n";
   }
   return exitDone;
 }

@@ -9,18 +9,18 @@
 
 namespace lirvox::tools {
 
-Consent ask(const std::string& question, bool answeredYes) {
-  if (answeredYes) return Consent::yes;
+std::optional<ExitStatus> refused(const std::string& question, bool answeredYes) {
+  if (answeredYes) return std::nullopt;
   if (::isatty(STDIN_FILENO) != 1) {
     complain(question + " Nobody is there to ask: --yes answers; nothing was changed");
-    return Consent::nobodyToAsk;
+    return exitUsage;
   }
   std::cerr << question << " [y/N] " << std::flush;
   std::string answer;
   std::getline(std::cin, answer);
-  if (answer == "y" || answer == "Y" || answer == "yes" || answer == "Yes") return Consent::yes;
+  if (answer == "y" || answer == "Y" || answer == "yes" || answer == "Yes") return std::nullopt;
   complain("nothing was changed");
-  return Consent::no;
+  return exitDone;
 }
 
 Option yesOption(bool& yes) {

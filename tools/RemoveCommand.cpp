@@ -4,9 +4,11 @@
 #include <string>
 #include <vector>
 
+#include "catalog/DatabaseFile.h"
 #include "catalog/TrackChanges.h"
 #include "tools/CatalogReport.h"
 #include "tools/CommandLine.h"
+#include "tools/Console.h"
 #include "tools/DatabaseCheck.h"
 #include "tools/NamedTracks.h"
 #include "tools/Question.h"
@@ -23,19 +25,14 @@ struct Options {
 
 int remove(const Options& options) {
   if (!databaseIsUsable(options.database)) return exitDatabase;
+  catalog::openCatalogForReading(options.database);  // nobody is asked about another file
   const std::vector<catalog::ListedTrack> tracks = findTracks(options.database, options.tracks);
   if (tracks.empty()) return exitSomeFailed;
   std::cerr << CatalogReport::lines(tracks);
-  const std::string number =
-      std::to_string(tracks.size()) + (tracks.size() == 1 ? " track" : " tracks");
-  switch (ask("Remove " + number + " from " + options.database + '?', options.yes)) {
-    case Consent::nobodyToAsk:
-      return exitUsage;
-    case Consent::no:
-      return exitDone;
-    case Consent::yes:
-      break;
-  }
+  const std::string number = counted(tracks.size(), "track");
+  if (const auto status =
+          refused("Remove " + number + " from " + options.database + '?', options.yes))
+    return *status;
   catalog::removeTracks(options.database, tracks);
   std::cerr << number << " removed: " << options.database << '\n';
   if (options.format == "json") CatalogReport(options.format).changed(tracks);

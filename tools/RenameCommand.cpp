@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "catalog/DatabaseFile.h"
 #include "catalog/TrackChanges.h"
 #include "tools/CatalogReport.h"
 #include "tools/CommandLine.h"
@@ -29,6 +30,7 @@ int rename(Options options) {
     return exitUsage;
   }
   if (!databaseIsUsable(options.database)) return exitDatabase;
+  catalog::openCatalogForReading(options.database);
   const std::vector<catalog::ListedTrack> tracks = findTracks(options.database, {options.track});
   if (tracks.empty()) return exitSomeFailed;
   if (tracks.size() > 1) {
@@ -54,33 +56,33 @@ int rename(Options options) {
 Command renameCommand() {
   const auto options = std::make_shared<Options>();
   catalog::NewNames& names = options->names;
-  return {
-      .name = "rename",
-      .summary = "Give a track another title, artist or path",
-      .details = std::string(kTrackHelp) +
-                 "\n"
-                 "One track must match. The id and the fingerprint stay. --path tells where "
-                 "a file is now, so\n"
-                 "that lirvox index knows it there. A file that has changed gets the names in "
-                 "it when it is\n"
-                 "indexed again.\n"
-                 "\n"
-                 "Examples:\n"
-                 "  lirvox rename 12 --title 'Night Train' --artist 'The Sleepers'\n"
-                 "  lirvox rename old/song.ogg --path new/song.ogg",
-      .options = {databaseOption(options->database),
-                  {.names = "--title", .value = &names.title, .help = "Title", .unit = "TEXT"},
-                  {.names = "--artist", .value = &names.artist, .help = "Artist", .unit = "TEXT"},
-                  {.names = "--path",
-                   .value = &names.path,
-                   .help = "Where its file is now",
-                   .unit = "FILE"},
-                  formatOption(options->format),
-                  {.names = "TRACK",
-                   .value = &options->track,
-                   .help = "Track to rename",
-                   .required = true}},
-      .run = [options] { return rename(*options); }};
+  return {.name = "rename",
+          .summary = "Give a track another title, artist or path",
+          .details = std::string(kTrackHelp) +
+                     "\n"
+                     "One track must match. The id and the fingerprint stay. --path tells where "
+                     "a file is now, so\n"
+                     "that lirvox index knows it there. A file that has changed gets the names in "
+                     "it when it is\n"
+                     "indexed again.\n"
+                     "\n"
+                     "Examples:\n"
+                     "  lirvox rename 12 --title 'Night Train' --artist 'The Sleepers'\n"
+                     "  lirvox rename old/song.ogg --path new/song.ogg",
+          .options =
+              {databaseOption(options->database),
+               {.names = "--title", .value = &names.title, .help = "New title", .unit = "TEXT"},
+               {.names = "--artist", .value = &names.artist, .help = "New artist", .unit = "TEXT"},
+               {.names = "--path",
+                .value = &names.path,
+                .help = "Where its file is now",
+                .unit = "FILE"},
+               formatOption(options->format),
+               {.names = "TRACK",
+                .value = &options->track,
+                .help = "Track to rename",
+                .required = true}},
+          .run = [options] { return rename(*options); }};
 }
 
 }  // namespace lirvox::tools

@@ -49,7 +49,7 @@ void Report::file(const std::string& file, const Answer& answer,
   std::cout << file << ": ";
   if (answer.recognized) {
     std::cout << titles_.of(answer.trackId) << " at " << clockTime(answer.positionInSeconds);
-    if (votes) std::cout << " (" << *votes << " votes)";
+    if (votes) std::cout << " (" << counted(*votes, "vote") << ')';
   } else {
     std::cout << "not recognized";
   }

@@ -53,10 +53,12 @@ int scan(const Options& options) {
     read(options.file, scanner, line);
   } catch (const AudioError& error) {
     line.hide();
-    complain(options.file + ": " + error.what());
-    return exitSomeFailed;
+    if (!signalCaught()) {
+      complain(options.file + ": " + error.what());
+      return exitSomeFailed;
+    }
   }
-  scanner.finish();
+  if (scanner.seconds() > 0.0) scanner.finish();
   return scanner.recognizedAny() ? exitDone : exitNotRecognized;
 }
 
@@ -81,7 +83,7 @@ Command scanCommand() {
           "\n"
           "JSON: one object per stretch and line, with from, to (seconds in the recording),\n"
           "recognized, track_id, title, position (seconds in the track), votes and windows. CSV\n"
-          "has the same columns but recognized; those of a gap are empty.\n"
+          "has the same columns without recognized; those of a gap are empty.\n"
           "\n"
           "Examples:\n"
           "  lirvox scan broadcast.mp3\n"
@@ -95,16 +97,13 @@ Command scanCommand() {
                    .range = {{1, 60}}},
                   {.names = "--step",
                    .value = &options->step,
-                   .help = "Time from window to window, unless half a window",
+                   .help = "Time from window to window",
                    .unit = "SECONDS",
                    .range = {{0.1, 3600}},
                    .standard = "half a window"},
                   votesOption(options->minimumVotes),
                   format,
-                  {.names = "FILE",
-                   .value = &options->file,
-                   .help = "Sound or video file, *.dat recording, or - for standard input",
-                   .required = true}},
+                  soundOption(options->file)},
       .run = [options] { return scan(*options); }};
 }
 

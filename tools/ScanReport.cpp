@@ -50,7 +50,7 @@ void ScanReport::printText(const Stretch& stretch) const {
   std::cout << clockTime(stretch.from) << " - " << clockTime(stretch.to) << "  ";
   if (stretch.recognized) {
     std::cout << titles_.of(stretch.trackId) << " at " << clockTime(stretch.position) << " ("
-              << stretch.votes << " votes)\n";
+              << counted(stretch.votes, "vote") << ")\n";
   } else {
     std::cout << "nothing recognized\n";
   }

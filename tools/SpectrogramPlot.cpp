@@ -10,6 +10,7 @@
 #include "lib/LirvoxUtilities.h"
 #include "lib/PeakPicking.h"
 #include "tools/Axes.h"
+#include "tools/Console.h"
 
 namespace lirvox::tools {
 namespace {
@@ -168,10 +169,10 @@ void drawTitle(Drawing& drawing, const Box& box, const View& view, bool hasPlace
                {.size = 13, .bold = true});
   std::vector<LegendEntry> entries = {
       {Mark::box, {0.5, 0.5, 0.5}, "high-passed log spectrum"},
-      {Mark::dot, kPeak, std::to_string(view.peaks().size()) + " peaks"},
-      {Mark::line, kPeak.withAlpha(0.5), std::to_string(view.landmarks().size()) + " landmarks"}};
+      {Mark::dot, kPeak, counted(view.peaks().size(), "peak")},
+      {Mark::line, kPeak.withAlpha(0.5), counted(view.landmarks().size(), "landmark")}};
   if (hasPlace) {
-    entries.push_back({Mark::line, kVote, std::to_string(view.voteCount()) + " that vote"});
+    entries.push_back({Mark::line, kVote, counted(view.voteCount(), "vote") + " among them"});
   }
   drawLegend(drawing, box.right(), box.top - 14, entries);
 }

@@ -12,16 +12,17 @@
 namespace lirvox::tools {
 namespace {
 
-// How often a wait looks whether it was interrupted: a signal handler cannot wake it.
-constexpr std::chrono::milliseconds kInterruptionCheck{100};
+// Thrown in the middle of a track that is not waited for.
+struct Abandoned {};
 
 ReadTrack read(const ListedFile& file, catalog::TrackFingerprinter& fingerprinter,
-               const std::atomic<bool>& dropped) {
+               const std::function<void()>& checkpoint) {
   ReadTrack result{&file, ReadTrack::State::failed, {}, {}};
   try {
     const AudioTags tags = readAudio(file.path, [&](const std::int32_t* words, std::size_t count) {
+      checkpoint();
       fingerprinter.add(words, count);
-      return !dropped && !TrackReader::interrupted;
+      return true;
     });
     const double seconds =
         static_cast<double>(fingerprinter.sampleCount()) / LirvoxSettings::settingSampleRate();
@@ -61,10 +62,8 @@ TrackReader::~TrackReader() {
 
 std::optional<ReadTrack> TrackReader::next() {
   std::unique_lock lock(mutex_);
-  while (done_.empty() && working_ > 0 && !interrupted) {
-    changed_.wait_for(lock, kInterruptionCheck);
-  }
-  if (done_.empty() || interrupted) return std::nullopt;
+  changed_.wait(lock, [this] { return !done_.empty() || working_ == 0; });
+  if (done_.empty()) return std::nullopt;
   ReadTrack track = std::move(done_.front());
   done_.pop_front();
   changed_.notify_all();
@@ -72,9 +71,15 @@ std::optional<ReadTrack> TrackReader::next() {
 }
 
 void TrackReader::work(const catalog::RowRule& rule) {
-  catalog::TrackFingerprinter fingerprinter(rule);
-  while (const ListedFile* const file = claim()) {
-    if (!deliver(read(*file, fingerprinter, dropped_))) break;
+  const auto checkpoint = [this] {
+    if (dropped_ || interrupted) throw Abandoned();
+  };
+  try {
+    catalog::TrackFingerprinter fingerprinter(rule, catalog::TrackFingerprinter::kSamplesInMemory,
+                                              checkpoint);
+    while (const ListedFile* const file = claim()) deliver(read(*file, fingerprinter, checkpoint));
+  } catch (const Abandoned&) {
+    // What this thread has delivered before stays good.
   }
   const std::lock_guard lock(mutex_);
   --working_;
@@ -86,17 +91,11 @@ const ListedFile* TrackReader::claim() {
   return index < files_.size() && !dropped_ && !interrupted ? &files_[index] : nullptr;
 }
 
-// False when nobody wants the track any more; one that an interruption cut short is not
-// taken either.
-bool TrackReader::deliver(ReadTrack track) {
+void TrackReader::deliver(ReadTrack track) {
   std::unique_lock lock(mutex_);
-  while (done_.size() >= capacity_ && !dropped_ && !interrupted) {
-    changed_.wait_for(lock, kInterruptionCheck);
-  }
-  if (dropped_ || interrupted) return false;
+  changed_.wait(lock, [this] { return done_.size() < capacity_ || dropped_; });
   done_.push_back(std::move(track));
   changed_.notify_all();
-  return true;
 }
 
 }  // namespace lirvox::tools

@@ -38,17 +38,18 @@ class TrackReader {
   TrackReader(const TrackReader&) = delete;
   TrackReader& operator=(const TrackReader&) = delete;
 
-  /// The next file that is done, in any order; waits for it. None after the last, or
-  /// once `interrupted` is true.
+  /// The next file that is done, in any order; waits for it. None after the last, which
+  /// comes soon once `interrupted` is true.
   std::optional<ReadTrack> next();
 
-  /// Set by a signal handler: reading ends soon, whole tracks that are done stay good.
+  /// Set by a signal handler: tracks that are not done are given up, those that are done
+  /// are still to be taken.
   static std::atomic<bool> interrupted;
 
  private:
   void work(const catalog::RowRule& rule);
   const ListedFile* claim();
-  bool deliver(ReadTrack track);
+  void deliver(ReadTrack track);
 
   const std::vector<ListedFile>& files_;
   const std::size_t capacity_;

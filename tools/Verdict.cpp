@@ -26,10 +26,6 @@ std::string quoted(const std::string& title) {
   return '"' + shortened(title, 40) + '"';
 }
 
-std::string votesText(std::int32_t votes) {
-  return std::to_string(votes) + (votes == 1 ? " vote" : " votes");
-}
-
 std::int32_t leaderId(const Examination& examined) {
   return examined.decision()->hits.tracks()[examined.statistics()->leader()].id.intValue();
 }
@@ -38,9 +34,10 @@ LeaderStanding standingOf(const Examination& examined) {
   return {*examined.statistics(), examined.minimum()};
 }
 
-// "9.1 times the fourth best"
+// "9.10 times the 10 of the fourth best"
 std::string times(std::int32_t count, std::int32_t other, const std::string& place) {
-  return decimal(static_cast<double>(count) / other, 2) + " times the " + place;
+  return decimal(static_cast<double>(count) / other, 2) + " times the " + std::to_string(other) +
+         " of the " + place;
 }
 
 // What a query without hits lacks.
@@ -72,7 +69,7 @@ Reason whyHidden(const Examination& examined, const Titles& titles) {
   const LirvoxResult& first = firstAsText(examined.decision()->votes.candidates);
   return {"hidden-in-the-vote",
           quoted(titles.of(leaderId(examined))) + " stands out with " +
-              votesText(standingOf(examined).count()) +
+              counted(standingOf(examined).count(), "vote") +
               ", but no order of the tracks lets it win: " + "counts are compared as text, and \"" +
               first.result_count.string() + "\" of " +
               quoted(titles.of(first.result_id.intValue())) + " comes last"};
@@ -104,7 +101,7 @@ std::string helpText(const Examination& examined, const LirvoxResult& result) {
   const std::int32_t others = result.result_count.intValue() - standingOf(examined).count();
   if (others == 0) return "";
   return "; tracks visited before it " + std::string(others > 0 ? "add " : "take ") +
-         votesText(std::abs(others));
+         counted(std::abs(others), "vote");
 }
 
 Reason whyRecognized(const Examination& examined, const Titles& titles) {
@@ -143,7 +140,7 @@ std::string standingText(const Examination& examined) {
   const std::int32_t count = standing.count();
   const std::int32_t fourth = standing.fourth();
   const std::int32_t seventeenth = standing.seventeenth();
-  std::string text = votesText(count) + ", ";
+  std::string text = counted(count, "vote") + ", ";
   if (fourth == 0) return text + "and there is no fourth best track";
   text += times(count, fourth, "fourth best") + " (" + decimal(LeaderStanding::kTimesFourth, 2) +
           " or more stand out)";

@@ -20,8 +20,8 @@ struct Verdict {
 /// `examined` has had a database.
 Verdict verdictOn(const Examination& examined, const Titles& titles);
 
-/// "stands out", or by how much it does not: "40 votes, 1.3 times the fourth best (1.75 are
-/// needed)". Asks for statistics.
+/// "stands out", or by how much it does not: "40 votes, 1.33 times the 30 of the fourth best
+/// (1.75 or more stand out)". Asks for statistics.
 std::string standingText(const Examination& examined);
 
 }  // namespace lirvox::tools

@@ -14,7 +14,7 @@ namespace lirvox::tools {
 namespace {
 
 constexpr std::size_t kTracks = 5;
-constexpr double kTitleHeight = 30.0;
+constexpr double kTitleHeight = 50.0;
 constexpr double kRowHeight = 66.0;
 constexpr double kRowTitleHeight = 18.0;
 constexpr double kScaleHeight = 46.0;
@@ -82,6 +82,7 @@ class VotesChart {
   struct Row {
     std::string title;
     std::map<double, std::int32_t> histogram;
+    std::int32_t most;   // of its own hits at one offset: what the rows are ordered by
     double place;        // where the votes are counted, in seconds
     std::int32_t votes;  // by its own hits; those of the winner as they were counted
     bool wins;
@@ -91,23 +92,29 @@ class VotesChart {
     const DecimalString id = decision_.hits.tracks()[track].id;
     const auto& result = decision_.result;
     const bool wins = result && result->result_id == id;
-    return {titles_.of(id.intValue()), offsetHistogram(decision_, track),
+    return {titles_.of(id.intValue()),
+            offsetHistogram(decision_, track),
+            examined_.ownPeak(track),
             secondsOf(wins ? result->result_time : DecimalString(examined_.ownOffset(track))),
-            wins ? result->result_count.intValue() : (*examined_.statistics())[track].count, wins};
+            wins ? result->result_count.intValue() : (*examined_.statistics())[track].count,
+            wins};
   }
 
   void drawTitle() {
     using Mark = LegendEntry::Mark;
-    drawing_.text({left_, top_ + 8}, "The best aligned tracks", {.size = 13, .bold = true});
+    drawing_.text({left_, top_ + 8}, "Best aligned tracks, by the most hits at one offset",
+                  {.size = 13, .bold = true});
     std::vector<LegendEntry> entries = {
         {Mark::box, kBars, "hits at one offset"},
-        {Mark::dot, kBars, "votes: hits in a window of three"},
+        {Mark::dot, kBars, "votes: hits in a window of three offsets"},
         {Mark::dashes, palette::ink, "minimum " + std::to_string(examined_.minimum())}};
     if (needed_ > examined_.minimum()) {
-      entries.push_back({Mark::dashes, palette::purple, "1.75 times the fourth best"});
+      entries.push_back(
+          {Mark::dashes, palette::purple,
+           "1.75 times the " + std::to_string(standing_.fourth()) + " of the fourth best"});
     }
     if (decision_.result) entries.push_back({Mark::box, kWinner, "winner"});
-    drawLegend(drawing_, right_, top_ + 8, entries);
+    drawLegend(drawing_, right_, top_ + 29, entries);
   }
 
   void drawRow(std::size_t number) {
@@ -160,7 +167,8 @@ class VotesChart {
 
   void drawRowTitle(const Row& row, std::size_t number, double y) {
     const Color color = row.wins ? kWinner : palette::ink;
-    const std::string votes = std::to_string(row.votes) + " votes at " + clockTime(row.place) +
+    const std::string votes = std::to_string(row.most) + " at one offset, " +
+                              counted(row.votes, "vote") + " at " + clockTime(row.place) +
                               (row.wins ? ", wins" : "");
     const double width = drawing_.textWidth(votes, {.bold = row.wins});
     drawing_.text({right_, y}, votes, {.color = color, .align = Align::right, .bold = row.wins});

@@ -8,6 +8,7 @@
 #include "lib/Lirvox.h"
 #include "lib/LirvoxDatabase.h"
 #include "lib/platform/HostTaskQueues.h"
+#include "lib/platform/MeteredUnit.h"
 #include "lib/platform/Platform.h"
 #include "lib/platform/SampleFeed.h"
 
@@ -25,6 +26,10 @@ struct lirvox_pump {
 
 struct lirvox_feed {
   std::shared_ptr<lirvox::platform::SampleFeed> feed;
+};
+
+struct lirvox_meter {
+  std::shared_ptr<lirvox::platform::SoundLevel> level;
 };
 
 struct lirvox_database {

@@ -16,23 +16,6 @@ class HostLog : public platform::Log {
   const Context context_;
 };
 
-class HostDirectories : public platform::Directories {
- public:
-  HostDirectories(std::string caches, std::string configuration, std::string resources)
-      : caches_(std::move(caches)),
-        configuration_(std::move(configuration)),
-        resources_(std::move(resources)) {}
-
-  std::string cachesDirectory() const override { return caches_; }
-  std::string configurationDirectory() const override { return configuration_; }
-  std::string resourcesDirectory() const override { return resources_; }
-
- private:
-  const std::string caches_;
-  const std::string configuration_;
-  const std::string resources_;
-};
-
 std::string folder(const char* chosen, const std::string& otherwise) {
   if (!chosen) return otherwise;
   std::string path = chosen;
@@ -72,10 +55,10 @@ lirvox_status lirvox_platform_set_directories(lirvox_platform* platform, const c
   return guarded([&] {
     platform::Platform& changed = platformOf(platform);
     const auto before = changed.directories;
-    changed.directories =
-        std::make_shared<HostDirectories>(folder(caches, before->cachesDirectory()),
-                                          folder(configuration, before->configurationDirectory()),
-                                          folder(resources, before->resourcesDirectory()));
+    changed.directories = std::make_shared<platform::FixedDirectories>(
+        folder(caches, before->cachesDirectory()),
+        folder(configuration, before->configurationDirectory()),
+        folder(resources, before->resourcesDirectory()));
   });
 }
 

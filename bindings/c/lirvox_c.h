@@ -195,6 +195,25 @@ LIRVOX_C_EXPORT lirvox_status lirvox_feed_put(lirvox_feed* feed, const void* sam
 /* The length of what was put last, in seconds; 0 before the first. Threads: any. */
 LIRVOX_C_EXPORT double lirvox_feed_seconds(const lirvox_feed* feed);
 
+/* --- How loud it is --------------------------------------------------------------------- */
+
+/* What has been heard by all captures. */
+typedef struct lirvox_meter lirvox_meter;
+
+/* Measures what the recognizer hears: a microphone, or the feed if lirvox_platform_use_feed
+ * was called before. Without sound it shows nothing. NULL on failure.
+ * Threads: one at a time. */
+LIRVOX_C_EXPORT lirvox_meter* lirvox_platform_use_meter(lirvox_platform* platform);
+/* Threads: one at a time. */
+LIRVOX_C_EXPORT void lirvox_meter_free(lirvox_meter* meter);
+/* The largest magnitude since the last call, in [0, 1] of full scale. To draw a level, ask
+ * for it some ten times a second: 20 * log10(peak) is in dB. Threads: any, real-time ones
+ * too. */
+LIRVOX_C_EXPORT double lirvox_meter_take_peak(lirvox_meter* meter);
+/* How many frames have arrived, 11025 a second: none do from an input that is dead.
+ * Threads: any, real-time ones too. */
+LIRVOX_C_EXPORT uint64_t lirvox_meter_frames(const lirvox_meter* meter);
+
 /* --- Inputs of the device -------------------------------------------------------------- */
 
 /* Something to listen to. The strings are good during the call. */

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 #include "../LirvoxExport.h"
 
@@ -22,6 +23,25 @@ class LIRVOX_EXPORT Directories {
 
   /// Files that come with the application and never change.
   virtual std::string resourcesDirectory() const = 0;
+};
+
+/// Three folders that are known.
+class LIRVOX_EXPORT FixedDirectories : public Directories {
+ public:
+  /// As the operations ask for them.
+  FixedDirectories(std::string caches, std::string configuration, std::string resources)
+      : caches_(std::move(caches)),
+        configuration_(std::move(configuration)),
+        resources_(std::move(resources)) {}
+
+  std::string cachesDirectory() const override { return caches_; }
+  std::string configurationDirectory() const override { return configuration_; }
+  std::string resourcesDirectory() const override { return resources_; }
+
+ private:
+  const std::string caches_;
+  const std::string configuration_;
+  const std::string resources_;
 };
 
 }  // namespace lirvox::platform

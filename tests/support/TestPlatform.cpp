@@ -7,22 +7,6 @@
 #include "lib/platform/linux/JsonUserDefaults.h"
 
 namespace lirvox::test {
-namespace {
-
-// Folders below the test's own.
-class FixedDirectories : public platform::Directories {
- public:
-  explicit FixedDirectories(const TemporaryFolder& folder) : folder_(folder.path()) {}
-  std::string cachesDirectory() const override { return folder_ / "caches"; }
-  std::string configurationDirectory() const override { return folder_ / "configuration"; }
-  std::string resourcesDirectory() const override { return folder_ / "resources"; }
-
- private:
-  const std::filesystem::path folder_;
-};
-
-}  // namespace
-
 TestPlatform::TestPlatform() : previous_(platform::current()) {
   platform::Platform services = platform::systemPlatform("lirvox-test");
   services.mainQueue = services.globalQueue = scheduler.queue();
@@ -30,7 +14,8 @@ TestPlatform::TestPlatform() : previous_(platform::current()) {
   services.clock = scheduler.clock();
   services.log = log;
   services.audioSession = std::make_shared<platform::NullAudioSession>();
-  services.directories = std::make_shared<FixedDirectories>(folder);
+  services.directories = std::make_shared<platform::FixedDirectories>(
+      folder.path("caches"), folder.path("configuration"), folder.path("resources"));
   services.userDefaults =
       std::make_shared<platform::JsonUserDefaults>(folder.path("configuration/defaults.json"));
   platform::install(std::move(services));

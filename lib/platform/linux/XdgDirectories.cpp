@@ -53,11 +53,11 @@ std::string firstSet(const std::string& chosen, const std::string& otherwise) {
 }  // namespace
 
 XdgDirectories::XdgDirectories(const std::string& applicationName)
-    : caches_(firstSet(environment("LIRVOX_CACHES_DIR"),
-                       xdgBase("XDG_CACHE_HOME", ".cache") + '/' + applicationName)),
-      configuration_(firstSet(environment("LIRVOX_CONFIG_DIR"),
-                              xdgBase("XDG_CONFIG_HOME", ".config") + '/' + applicationName)),
-      resources_(firstSet(environment("LIRVOX_RESOURCES_DIR"),
-                          besideProgram("share/" + applicationName))) {}
+    : FixedDirectories(firstSet(environment("LIRVOX_CACHES_DIR"),
+                                xdgBase("XDG_CACHE_HOME", ".cache") + '/' + applicationName),
+                       firstSet(environment("LIRVOX_CONFIG_DIR"),
+                                xdgBase("XDG_CONFIG_HOME", ".config") + '/' + applicationName),
+                       firstSet(environment("LIRVOX_RESOURCES_DIR"),
+                                besideProgram("share/" + applicationName))) {}
 
 }  // namespace lirvox::platform
