@@ -53,21 +53,21 @@ TrackReader::TrackReader(const std::vector<ListedFile>& files, const catalog::Ro
 TrackReader::~TrackReader() {
   dropped_ = true;
   {
-    const std::lock_guard lock(mutex_);
-    changed_.notify_all();
+    const platform::MutexLock lock(mutex_);
+    changed_.notifyAll();
   }
   for (std::thread& thread : threads_) thread.join();
 }
 
 std::optional<ReadTrack> TrackReader::next() {
-  std::unique_lock lock(mutex_);
+  const platform::MutexLock lock(mutex_);
   while (done_.empty() && working_ > 0 && !interrupted) {
-    changed_.wait_for(lock, kInterruptionCheck);
+    changed_.waitUntil(mutex_, std::chrono::steady_clock::now() + kInterruptionCheck);
   }
   if (done_.empty() || interrupted) return std::nullopt;
   ReadTrack track = std::move(done_.front());
   done_.pop_front();
-  changed_.notify_all();
+  changed_.notifyAll();
   return track;
 }
 
@@ -76,9 +76,9 @@ void TrackReader::work(const catalog::RowRule& rule) {
   while (const ListedFile* const file = claim()) {
     if (!deliver(read(*file, fingerprinter, dropped_))) break;
   }
-  const std::lock_guard lock(mutex_);
+  const platform::MutexLock lock(mutex_);
   --working_;
-  changed_.notify_all();
+  changed_.notifyAll();
 }
 
 const ListedFile* TrackReader::claim() {
@@ -89,13 +89,13 @@ const ListedFile* TrackReader::claim() {
 // False when nobody wants the track any more; one that an interruption cut short is not
 // taken either.
 bool TrackReader::deliver(ReadTrack track) {
-  std::unique_lock lock(mutex_);
+  const platform::MutexLock lock(mutex_);
   while (done_.size() >= capacity_ && !dropped_ && !interrupted) {
-    changed_.wait_for(lock, kInterruptionCheck);
+    changed_.waitUntil(mutex_, std::chrono::steady_clock::now() + kInterruptionCheck);
   }
   if (dropped_ || interrupted) return false;
   done_.push_back(std::move(track));
-  changed_.notify_all();
+  changed_.notifyAll();
   return true;
 }
 

@@ -1,6 +1,7 @@
 // The thread that moves the transfers of one session forward.
 #include "lib/platform/linux/CurlLoop.h"
 
+#include <mutex>
 #include <new>
 #include <utility>
 
@@ -45,7 +46,7 @@ CurlLoop::~CurlLoop() {
 }
 
 void CurlLoop::add(const std::shared_ptr<CurlLoop>& loop, std::unique_ptr<CurlTransfer> transfer) {
-  const std::lock_guard lock(loop->mutex_);
+  const MutexLock lock(loop->mutex_);
   loop->added_.push_back(std::move(transfer));
   if (!loop->thread_.joinable()) loop->thread_ = startWithoutSignals([loop] { loop->run(); });
   curl_multi_wakeup(loop->multi_);
@@ -56,7 +57,7 @@ void CurlLoop::stop() {
   curl_multi_wakeup(multi_);
   std::thread thread;
   {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     thread.swap(thread_);
   }
   if (!thread.joinable()) return;
@@ -81,14 +82,14 @@ void CurlLoop::run() {
   for (auto& [handle, transfer] : running_) curl_multi_remove_handle(multi_, handle);
   running_.clear();
   decltype(added_) dropped;
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   dropped.swap(added_);
 }
 
 void CurlLoop::takeAdded() {
   decltype(added_) added;
   {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     added.swap(added_);
   }
   for (auto& transfer : added) {

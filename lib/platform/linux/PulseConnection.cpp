@@ -76,8 +76,9 @@ bool PulseConnection::connect(const std::string& server) {
   if (pa_context_connect(context_, name, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0) return false;
   startQuietly(loop_);
   {
-    std::unique_lock lock(mutex_);
-    woken_.wait_for(lock, patience, [this] { return settled_; });
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    const MutexLock lock(mutex_);
+    while (!settled_ && woken_.waitUntil(mutex_, deadline)) continue;
   }
   return isUp();
 }
@@ -102,9 +103,9 @@ void PulseConnection::stateChanged() {
   const bool ready = state == PA_CONTEXT_READY;
   if (!ready && PA_CONTEXT_IS_GOOD(state)) return;
   {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     settled_ = true;
-    woken_.notify_all();
+    woken_.notifyAll();
   }
   // A server that was never reached has changed nothing: whoever is told of a change looks
   // again, and would try to connect for ever.
@@ -124,7 +125,7 @@ std::string PulseConnection::lastError() const {
 bool PulseConnection::ask(const std::function<pa_operation*(pa_context*)>& request) {
   struct Progress {
     PulseConnection& connection;
-    bool ended;  // guarded by the connection's mutex_
+    bool ended LIRVOX_GUARDED_BY(connection.mutex_);
   } progress{*this, false};
   pa_operation* operation = nullptr;
   {
@@ -135,15 +136,16 @@ bool PulseConnection::ask(const std::function<pa_operation*(pa_context*)>& reque
         operation,
         [](pa_operation*, void* data) {
           auto& changed = *static_cast<Progress*>(data);
-          const std::lock_guard guard(changed.connection.mutex_);
+          const MutexLock guard(changed.connection.mutex_);
           changed.ended = true;
-          changed.connection.woken_.notify_all();
+          changed.connection.woken_.notifyAll();
         },
         &progress);
   }
   {
-    std::unique_lock lock(mutex_);
-    woken_.wait_for(lock, patience, [&] { return progress.ended; });
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    const MutexLock lock(progress.connection.mutex_);
+    while (!progress.ended && woken_.waitUntil(progress.connection.mutex_, deadline)) continue;
   }
   const Lock lock(*this);
   const bool answered = pa_operation_get_state(operation) == PA_OPERATION_DONE;
