@@ -34,6 +34,8 @@ function(lirvox_compile_options target)
     -ffp-contract=off
     # GCC 12 sees overlapping copies in plain concatenations of strings (its bug 105651).
     $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
+    # What lib/platform/Mutex.h says of locks.
+    $<$<CXX_COMPILER_ID:Clang,AppleClang>:-Wthread-safety;-Wthread-safety-beta>
     $<$<BOOL:${LIRVOX_WARNINGS_AS_ERRORS}>:-Werror>)
   if(LIRVOX_SANITIZE)
     target_compile_options(${target} PRIVATE -fsanitize=${LIRVOX_SANITIZE} -fno-omit-frame-pointer

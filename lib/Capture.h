@@ -7,6 +7,7 @@
 
 #include "CaptureBuffer.h"
 #include "LirvoxExport.h"
+#include "platform/Mutex.h"
 #include "platform/TaskQueue.h"
 
 namespace lirvox {
@@ -56,6 +57,9 @@ std::size_t blockSizeInBytes();
 /// a replacement waits until deliveries to the old capture are over.
 class CaptureSlot {
  public:
+  /// For those who look at and replace the owner's reference; the audio thread never takes it.
+  platform::Mutex control;
+
   /// Calls `use` with the current capture, if there is one. Not to be nested.
   template <typename Use>
   void with(Use use) {
@@ -63,11 +67,11 @@ class CaptureSlot {
     if (Capture* const capture = raw_.load()) use(*capture);
   }
 
-  /// Makes `capture` the current one. One thread at a time, never one inside `with`.
-  void replace(std::shared_ptr<Capture> capture);
+  /// Makes `capture` the current one. Not for a thread inside `with`.
+  void replace(std::shared_ptr<Capture> capture) LIRVOX_REQUIRES(control);
 
-  /// The current capture. Only for the thread that may replace it.
-  const std::shared_ptr<Capture>& get() const { return owner_; }
+  /// The current capture, until it is replaced.
+  const std::shared_ptr<Capture>& get() const LIRVOX_REQUIRES(control) { return owner_; }
 
  private:
   // Counts itself, also when `use` throws: a replacement waits for all users.
@@ -84,7 +88,7 @@ class CaptureSlot {
 
   std::atomic<Capture*> raw_{nullptr};
   std::atomic<int> users_{0};
-  std::shared_ptr<Capture> owner_;
+  std::shared_ptr<Capture> owner_ LIRVOX_GUARDED_BY(control);
 };
 
 }  // namespace lirvox

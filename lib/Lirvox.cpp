@@ -4,7 +4,6 @@
 #include <cmath>
 #include <filesystem>
 #include <limits>
-#include <mutex>
 #include <utility>
 
 #include "lib/LirvoxAudioFFT.h"
@@ -81,33 +80,31 @@ void Lirvox::audioSessionInit() {
 
 void Lirvox::startRecognize() {
   if (refusesForkedChild()) return;
-  const std::lock_guard lock(state_->control);
+  const platform::MutexLock lock(state_->capture.control);
   if (isRecording()) return;
-  const bool started = tryToStart([this] {
+  const bool started = state_->tryToStart([this]() LIRVOX_REQUIRES(state_->capture.control) {
     // A host that has no file learns of it through canRecognize, not from here: meant.
     if (!databaseFileExists()) return;
     state_->stopNow = false;
     setTimeStartListening(platform::current()->clock->now());
     const auto microphone = LirvoxMicrophone::microphoneWithDelegate(weak_from_this());
     setMicrophone(microphone);
-    beginCapture({}, microphone.get());
+    state_->beginCapture(weak_from_this(), {}, microphone.get());
     microphone->startFetchingAudio();
-    processBuffer();
+    state_->processBuffer();
   });
   if (!started) answerNothing();
 }
 
-// Under control: begins a capture. What the system refuses (memory, a thread, a descriptor)
-// does not reach the host: the log says it, what was begun is undone, and false is returned.
-bool Lirvox::tryToStart(const std::function<void()>& begin) {
-  const Capture* const before = state_->capture.get().get();
+bool Lirvox::State::tryToStart(const std::function<void()>& begin) {
+  const Capture* const before = capture.get().get();
   if (platform::runLogged(begin)) return true;
-  const auto begun = state_->capture.get();
+  const auto begun = capture.get();
   if (begun.get() == before) return false;
-  if (const auto microphone = this->microphone()) microphone->stopFetchingAudio();
-  state_->isRecording = false;
+  if (const auto running = read(&State::microphone)) running->stopFetchingAudio();
+  isRecording = false;
   begun->cancel();
-  state_->capture.replace(nullptr);
+  capture.replace(nullptr);
   return false;
 }
 
@@ -118,53 +115,52 @@ void Lirvox::answerNothing() {
   });
 }
 
-// Makes a fresh capture, with the samples that a recording holds already, the current one.
-void Lirvox::beginCapture(const std::vector<std::byte>& recording,
-                          const LirvoxMicrophone* microphone) {
-  if (const auto historyInfo = this->historyInfo()) LirvoxUtilities::clearHistoryInfo(*historyInfo);
-  auto capture = std::make_shared<Capture>();
-  capture->cancelled = stopNow();
-  capture->microphone = microphone;
-  capture->buffer.append(recording.data(), recording.size());
-  capture->buffer.reserve(recording.size() + kInitialReserveInBytes);
-  state_->passes->prepare(*capture);
-  capture->limitReached = platform::current()->mainQueue->makeWaker(
-      [weak = weak_from_this(), ended = std::weak_ptr(capture)] {
+void Lirvox::State::beginCapture(const std::weak_ptr<Lirvox>& owner,
+                                 const std::vector<std::byte>& recording,
+                                 const LirvoxMicrophone* byMicrophone) {
+  if (const auto history = read(&State::historyInfo)) LirvoxUtilities::clearHistoryInfo(*history);
+  auto begun = std::make_shared<Capture>();
+  begun->cancelled = stopNow.load();
+  begun->microphone = byMicrophone;
+  begun->buffer.append(recording.data(), recording.size());
+  begun->buffer.reserve(recording.size() + kInitialReserveInBytes);
+  passes->prepare(*begun);
+  begun->limitReached =
+      platform::current()->mainQueue->makeWaker([weak = owner, ended = std::weak_ptr(begun)] {
         if (const auto self = weak.lock()) self->endCapture(ended);
       });
   // A replay may start while a live capture runs, which is over then.
-  if (const auto& previous = state_->capture.get()) previous->end();
-  state_->capture.replace(std::move(capture));
-  state_->isRecording = true;
-  setShouldStop(false);
-  setBufferSizeMax(0);
-  setBufferSizeEnoughForMiniSpectogram(0);
+  if (const auto& previous = capture.get()) previous->end();
+  capture.replace(std::move(begun));
+  isRecording = true;
+  shouldStop = false;
+  bufferSizeMax = 0;
+  bufferSizeEnoughForMiniSpectogram = 0;
 }
 
 // A host may have taken the engine or the record away: the pass then has its own.
-void Lirvox::processBuffer() {
-  auto engine = fft();
-  auto history = historyInfo();
+void Lirvox::State::processBuffer() {
+  auto engine = read(&State::fft);
+  auto history = read(&State::historyInfo);
   if (!engine) engine = std::make_shared<LirvoxAudioFFT>();
   if (!history) history = LirvoxUtilities::initHistoryInfo();
-  state_->passes->start(std::make_shared<ProcessingPass>(state_->capture.get(), std::move(engine),
-                                                         std::move(history)));
+  passes->start(
+      std::make_shared<ProcessingPass>(capture.get(), std::move(engine), std::move(history)));
 }
 
 // On the main queue, once a capture has its length. A late call, after the capture has
 // ended otherwise and perhaps another one has started, does nothing.
 void Lirvox::endCapture(const std::weak_ptr<Capture>& ended) {
-  const std::lock_guard lock(state_->control);
+  const platform::MutexLock lock(state_->capture.control);
   const auto capture = ended.lock();
   if (!capture || capture != state_->capture.get() || !capture->recording) return;
-  stopCapture(*capture);
+  state_->stopCapture(*capture);
 }
 
-// Under control: stops the microphone and lets the pass work off what there is.
-void Lirvox::stopCapture(Capture& capture) {
-  if (const auto microphone = this->microphone()) microphone->stopFetchingAudio();
-  state_->isRecording = false;
-  capture.end();
+void Lirvox::State::stopCapture(Capture& ended) {
+  if (const auto running = read(&State::microphone)) running->stopFetchingAudio();
+  isRecording = false;
+  ended.end();
 }
 
 // On the global queue. The look-up may fail for want of memory: the record is emptied
@@ -179,10 +175,10 @@ void Lirvox::finishPass(ProcessingPass& pass, PassState state) {
   }
   platform::runLogged([&] { LirvoxUtilities::freeHistoryInfo(pass.historyInfo()); });
   {
-    const std::lock_guard lock(state_->control);
+    const platform::MutexLock lock(state_->capture.control);
     // A capture that has started meanwhile keeps its samples.
     if (state_->capture.get() == pass.capture()) {
-      if (pass.capture()->recording) stopCapture(*pass.capture());
+      if (pass.capture()->recording) state_->stopCapture(*pass.capture());
       state_->capture.replace(nullptr);
     }
   }
@@ -191,7 +187,7 @@ void Lirvox::finishPass(ProcessingPass& pass, PassState state) {
 
 void Lirvox::stopRecognize() {
   if (refusesForkedChild()) return;
-  const std::lock_guard lock(state_->control);
+  const platform::MutexLock lock(state_->capture.control);
   if (!isRecording()) return;
   if (const auto microphone = this->microphone()) microphone->stopFetchingAudio();
   setMicrophone(nullptr);
@@ -232,7 +228,7 @@ void Lirvox::changedPlayingState(LirvoxMicrophone&, bool isPlaying) {
 }
 
 void Lirvox::stopIdleMicrophone() {
-  const std::lock_guard lock(state_->control);
+  const platform::MutexLock lock(state_->capture.control);
   if (isRecording()) return;
   if (const auto microphone = this->microphone()) microphone->stopFetchingAudio();
 }

@@ -202,13 +202,9 @@ class LIRVOX_EXPORT Lirvox : public LirvoxMicrophoneAudioDelegate,
   struct State;
 
   Lirvox();
-  void beginCapture(const std::vector<std::byte>& recording, const LirvoxMicrophone* microphone);
-  bool tryToStart(const std::function<void()>& begin);
   static void answerNothing();
-  void processBuffer();
   void endCapture(const std::weak_ptr<Capture>& capture);
   void endReplay(const std::weak_ptr<Capture>& capture);
-  void stopCapture(Capture& capture);
   void stopIdleMicrophone();
   void finishPass(ProcessingPass& pass, PassState state);
   std::size_t limitInBytes() const;

@@ -14,6 +14,7 @@
 #include "lib/Assertion.h"
 #include "lib/LirvoxSettings.h"
 #include "lib/LookupGuard.h"
+#include "lib/platform/Mutex.h"
 #include "lib/platform/Platform.h"
 #include "lib/platform/RunTask.h"
 
@@ -91,7 +92,8 @@ int randomSleepInMilliseconds() {
 
 }  // namespace
 
-LirvoxDatabase::LirvoxDatabase(std::optional<std::string> path) : databasePath_(std::move(path)) {
+LirvoxDatabase::LirvoxDatabase(std::optional<std::string> path)
+    : operation_(std::make_unique<platform::Mutex>()), databasePath_(std::move(path)) {
   if (!isSQLiteThreadSafe()) failAssertion("sqlite3_threadsafe()", "lib/LirvoxDatabase", 26);
 }
 
@@ -163,7 +165,7 @@ class LirvoxDatabase::Closer {
 
 std::optional<LirvoxRowMap> LirvoxDatabase::selectFingerprints(
     const std::vector<QueryHash>& hashes) {
-  const std::lock_guard lock(operation_);
+  const platform::MutexLock lock(*operation_);
   if (isMissing(databasePath_)) return std::nullopt;
   const Closer closer(*this);
   if (!open() || !databaseExists()) return std::nullopt;
@@ -185,7 +187,7 @@ std::optional<LirvoxRowMap> LirvoxDatabase::selectFingerprints(
 }
 
 std::optional<std::string> LirvoxDatabase::databaseInfo() {
-  const std::lock_guard lock(operation_);
+  const platform::MutexLock lock(*operation_);
   if (isMissing(databasePath_)) return std::nullopt;
   const Closer closer(*this);
   if (!open() || !databaseExists()) return std::nullopt;

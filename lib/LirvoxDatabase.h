@@ -4,7 +4,6 @@
 #include <chrono>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -19,6 +18,10 @@ struct sqlite3;
 namespace lirvox {
 
 class LookupGuard;
+
+namespace platform {
+class Mutex;
+}
 
 /// Looks hashes up in a fingerprint file: any SQLite database with a table `db`
 /// whose integer columns are `track_id`, `num1` (frame in the track) and `num2`
@@ -93,7 +96,8 @@ class LIRVOX_EXPORT LirvoxDatabase {
   template <typename Use>
   void forEachRow(Statement& statement, Use use);
 
-  std::mutex operation_;  // held by selectFingerprints and databaseInfo
+  // Held by selectFingerprints and databaseInfo.
+  const std::unique_ptr<platform::Mutex> operation_;
   sqlite3* db_ = nullptr;
   std::unique_ptr<LookupGuard> guard_;  // of db_
   double maxBusyRetryTimeInterval_ = 2.0;

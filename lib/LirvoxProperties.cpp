@@ -21,19 +21,19 @@ Value lazyDefault(std::atomic<Value>& stored, Value fallback) {
 }  // namespace
 
 std::shared_ptr<LirvoxDelegate> Lirvox::delegate() const {
-  return state_->read(state_->delegate);
+  return state_->read(&State::delegate);
 }
 
 void Lirvox::setDelegate(std::shared_ptr<LirvoxDelegate> delegate) {
-  state_->write(state_->delegate, std::move(delegate));
+  state_->write(&State::delegate, std::move(delegate));
 }
 
 std::shared_ptr<LirvoxDatabase> Lirvox::database() const {
-  return state_->read(state_->database);
+  return state_->read(&State::database);
 }
 
 void Lirvox::setDatabase(std::shared_ptr<LirvoxDatabase> database) {
-  state_->write(state_->database, std::move(database));
+  state_->write(&State::database, std::move(database));
 }
 
 double Lirvox::recordingTime() const {
@@ -58,10 +58,10 @@ bool Lirvox::isRecording() const {
 
 void Lirvox::setIsRecording(bool recording) {
   if (refusesForkedChild()) return;
-  const std::lock_guard lock(state_->control);
+  const platform::MutexLock lock(state_->capture.control);
   state_->isRecording = recording;
   const auto capture = state_->capture.get();
-  if (capture && capture->recording && !recording) stopCapture(*capture);
+  if (capture && capture->recording && !recording) state_->stopCapture(*capture);
 }
 
 bool Lirvox::stopNow() const {
@@ -69,7 +69,7 @@ bool Lirvox::stopNow() const {
 }
 
 void Lirvox::setStopNow(bool stop) {
-  const std::lock_guard lock(state_->control);
+  const platform::MutexLock lock(state_->capture.control);
   state_->stopNow = stop;
   if (const auto& capture = state_->capture.get()) capture->cancelled = stop;
 }
@@ -99,35 +99,35 @@ void Lirvox::setBufferSizeEnoughForMiniSpectogram(std::uint32_t size) {
 }
 
 std::optional<platform::Clock::Date> Lirvox::timeStartListening() const {
-  return state_->read(state_->timeStartListening);
+  return state_->read(&State::timeStartListening);
 }
 
 void Lirvox::setTimeStartListening(std::optional<platform::Clock::Date> date) {
-  state_->write(state_->timeStartListening, date);
+  state_->write(&State::timeStartListening, date);
 }
 
 std::shared_ptr<LirvoxMicrophone> Lirvox::microphone() const {
-  return state_->read(state_->microphone);
+  return state_->read(&State::microphone);
 }
 
 void Lirvox::setMicrophone(std::shared_ptr<LirvoxMicrophone> microphone) {
-  state_->write(state_->microphone, std::move(microphone));
+  state_->write(&State::microphone, std::move(microphone));
 }
 
 std::shared_ptr<LirvoxAudioFFT> Lirvox::fft() const {
-  return state_->read(state_->fft);
+  return state_->read(&State::fft);
 }
 
 void Lirvox::setFft(std::shared_ptr<LirvoxAudioFFT> fft) {
-  state_->write(state_->fft, std::move(fft));
+  state_->write(&State::fft, std::move(fft));
 }
 
 std::shared_ptr<HistoryInfo> Lirvox::historyInfo() const {
-  return state_->read(state_->historyInfo);
+  return state_->read(&State::historyInfo);
 }
 
 void Lirvox::setHistoryInfo(std::shared_ptr<HistoryInfo> historyInfo) {
-  state_->write(state_->historyInfo, std::move(historyInfo));
+  state_->write(&State::historyInfo, std::move(historyInfo));
 }
 
 std::optional<std::vector<std::byte>> Lirvox::bufferAudioData() const {

@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <filesystem>
 #include <fstream>
-#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -37,14 +36,14 @@ std::vector<std::byte> readFile(const std::string& path) {
 
 void Lirvox::startRecognizeFromFile() {
   if (refusesForkedChild()) return;
-  const std::lock_guard lock(state_->control);
+  const platform::MutexLock lock(state_->capture.control);
   // Unlike a live start, this neither asks whether a capture runs or a database is there,
   // nor takes back an earlier cancellation, nor notes the time. That is meant.
-  const bool started = tryToStart([this] {
+  const bool started = state_->tryToStart([this]() LIRVOX_REQUIRES(state_->capture.control) {
     const auto platform = platform::current();
-    beginCapture(readFile(platform->directories->resourcesDirectory() + '/' + kRecordingName),
-                 nullptr);
-    processBuffer();
+    const std::string folder = platform->directories->resourcesDirectory();
+    state_->beginCapture(weak_from_this(), readFile(folder + '/' + kRecordingName), nullptr);
+    state_->processBuffer();
     platform->mainQueue->after(
         kReplayTime, [weak = weak_from_this(), ended = std::weak_ptr(state_->capture.get())] {
           const auto self = weak.lock();
@@ -60,7 +59,7 @@ void Lirvox::startRecognizeFromFile() {
 
 // The replay's time is over, unless another capture has taken its place.
 void Lirvox::endReplay(const std::weak_ptr<Capture>& ended) {
-  const std::lock_guard lock(state_->control);
+  const platform::MutexLock lock(state_->capture.control);
   const auto capture = ended.lock();
   if (!capture || capture != state_->capture.get()) return;
   state_->isRecording = false;

@@ -2,17 +2,20 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "Capture.h"
 #include "Lirvox.h"
 #include "PassQueue.h"
 #include "platform/HttpSession.h"
+#include "platform/Mutex.h"
 
 namespace lirvox {
 
@@ -30,36 +33,51 @@ struct Lirvox::State {
   std::atomic<std::uint32_t> bufferSizeEnoughForMiniSpectogram{0};
   std::atomic<double> recordingTime{0.0};
 
-  // Held while a capture starts or ends; the audio thread never takes it.
-  std::mutex control;
-  CaptureSlot capture;  // replaced under control only
+  // Its lock is held while a capture starts or ends.
+  CaptureSlot capture;
 
-  mutable std::mutex fields;  // held for a copy or a swap; guards what follows
-  std::shared_ptr<LirvoxDelegate> delegate;
-  std::shared_ptr<LirvoxDatabase> database;
-  std::shared_ptr<LirvoxMicrophone> microphone;
-  std::shared_ptr<LirvoxAudioFFT> fft;
-  std::shared_ptr<HistoryInfo> historyInfo;
-  std::optional<platform::Clock::Date> timeStartListening;
-  std::shared_ptr<platform::HttpSession> session;
-  std::string userApiKey;
-  std::string databasePath;
+  // Held for a copy or a swap; nothing is locked under it.
+  mutable platform::Mutex fields;
+  std::shared_ptr<LirvoxDelegate> delegate LIRVOX_GUARDED_BY(fields);
+  std::shared_ptr<LirvoxDatabase> database LIRVOX_GUARDED_BY(fields);
+  std::shared_ptr<LirvoxMicrophone> microphone LIRVOX_GUARDED_BY(fields);
+  std::shared_ptr<LirvoxAudioFFT> fft LIRVOX_GUARDED_BY(fields);
+  std::shared_ptr<HistoryInfo> historyInfo LIRVOX_GUARDED_BY(fields);
+  std::optional<platform::Clock::Date> timeStartListening LIRVOX_GUARDED_BY(fields);
+  std::shared_ptr<platform::HttpSession> session LIRVOX_GUARDED_BY(fields);
+  std::string userApiKey LIRVOX_GUARDED_BY(fields);
+  std::string databasePath LIRVOX_GUARDED_BY(fields);
 
   // Constant after construction.
   std::shared_ptr<PassQueue> passes;
 
   template <typename Value>
-  Value read(const Value& field) const {
-    const std::lock_guard lock(fields);
-    return field;
+  Value read(Value State::*field) const LIRVOX_EXCLUDES(fields) {
+    const platform::MutexLock lock(fields);
+    return this->*field;
   }
 
   // The old value is destroyed after the lock is released: its destructor is the host's.
   template <typename Value>
-  void write(Value& field, Value value) {
-    const std::lock_guard lock(fields);
-    std::swap(field, value);
+  void write(Value State::*field, Value value) LIRVOX_EXCLUDES(fields) {
+    const platform::MutexLock lock(fields);
+    std::swap(this->*field, value);
   }
+
+  /// Begins a capture. What the system refuses (memory, a thread, a descriptor) does not reach
+  /// the host: the log says it, what was begun is undone, and false is returned.
+  bool tryToStart(const std::function<void()>& begin) LIRVOX_REQUIRES(capture.control);
+
+  /// Makes a fresh capture of `owner`'s, with the samples that a recording holds already, the
+  /// current one.
+  void beginCapture(const std::weak_ptr<Lirvox>& owner, const std::vector<std::byte>& recording,
+                    const LirvoxMicrophone* byMicrophone) LIRVOX_REQUIRES(capture.control);
+
+  /// Lines up the pass of the current capture.
+  void processBuffer() LIRVOX_REQUIRES(capture.control);
+
+  /// Stops the microphone and lets the pass work off what there is.
+  void stopCapture(Capture& ended) LIRVOX_REQUIRES(capture.control);
 };
 
 }  // namespace lirvox

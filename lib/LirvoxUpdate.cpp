@@ -1,5 +1,4 @@
 // The recognizer's side of bringing the database to the device.
-#include <mutex>
 #include <utility>
 
 #include "lib/DatabaseInstallation.h"
@@ -39,33 +38,33 @@ void Lirvox::setDtDbGenerated(const std::string& dt) {
 }
 
 std::string Lirvox::userApiKey() const {
-  return state_->read(state_->userApiKey);
+  return state_->read(&State::userApiKey);
 }
 
 void Lirvox::setUserApiKey(std::string key) {
-  state_->write(state_->userApiKey, std::move(key));
+  state_->write(&State::userApiKey, std::move(key));
 }
 
 std::shared_ptr<platform::HttpSession> Lirvox::session() const {
-  if (auto session = state_->read(state_->session)) return session;
+  if (auto session = state_->read(&State::session)) return session;
   // Made without the lock: a host that makes sessions itself may ask this object for things.
   auto made = platform::current()->makeHttpSession(LirvoxWeb::sessionConfiguration());
-  const std::lock_guard lock(state_->fields);
+  const platform::MutexLock lock(state_->fields);
   if (!state_->session) state_->session = std::move(made);
   return state_->session;
 }
 
 void Lirvox::setSession(std::shared_ptr<platform::HttpSession> session) {
-  state_->write(state_->session, std::move(session));
+  state_->write(&State::session, std::move(session));
 }
 
 std::string Lirvox::databasePath() const {
-  const std::string path = state_->read(state_->databasePath);
+  const std::string path = state_->read(&State::databasePath);
   return path.empty() ? platform::current()->directories->cachesDirectory() + "/db.sqlite" : path;
 }
 
 void Lirvox::setDatabasePath(std::string path) {
-  state_->write(state_->databasePath, std::move(path));
+  state_->write(&State::databasePath, std::move(path));
 }
 
 }  // namespace lirvox

@@ -16,7 +16,7 @@ void PassQueue::prepare(Capture& capture) {
 
 void PassQueue::start(std::shared_ptr<ProcessingPass> pass) {
   {
-    const std::lock_guard lock(mutex_);
+    const platform::MutexLock lock(mutex_);
     passes_.push_back(std::move(pass));
   }
   platform::current()->globalQueue->async([self = shared_from_this()] { self->step(); });
@@ -42,12 +42,12 @@ void PassQueue::runPasses() {
 }
 
 std::shared_ptr<ProcessingPass> PassQueue::front() {
-  const std::lock_guard lock(mutex_);
+  const platform::MutexLock lock(mutex_);
   return passes_.empty() ? nullptr : passes_.front();
 }
 
 void PassQueue::popFront() {
-  const std::lock_guard lock(mutex_);
+  const platform::MutexLock lock(mutex_);
   passes_.pop_front();
 }
 

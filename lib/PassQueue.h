@@ -5,9 +5,9 @@
 #include <deque>
 #include <functional>
 #include <memory>
-#include <mutex>
 
 #include "ProcessingPass.h"
+#include "platform/Mutex.h"
 
 namespace lirvox {
 
@@ -38,8 +38,8 @@ class PassQueue : public std::enable_shared_from_this<PassQueue> {
   const Finish finish_;
   // Calls of `step` not yet answered. Whoever raises it from 0 runs the passes.
   std::atomic<int> calls_{0};
-  std::mutex mutex_;
-  std::deque<std::shared_ptr<ProcessingPass>> passes_;  // guarded by mutex_
+  platform::Mutex mutex_;
+  std::deque<std::shared_ptr<ProcessingPass>> passes_ LIRVOX_GUARDED_BY(mutex_);
 };
 
 }  // namespace lirvox

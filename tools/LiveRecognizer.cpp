@@ -1,13 +1,13 @@
 // Recognition of what an input hears, through the recognizer and its delegate.
 #include "tools/LiveRecognizer.h"
 
-#include <mutex>
 #include <utility>
 
 #include "catalog/CatalogError.h"
 #include "lib/Lirvox.h"
 #include "lib/LirvoxDatabase.h"
 #include "lib/LirvoxSettings.h"
+#include "lib/platform/Mutex.h"
 #include "lib/platform/TemporaryFile.h"
 #include "tools/ForgivingUnit.h"
 #include "tools/Inputs.h"
@@ -33,7 +33,7 @@ class LiveRecognizer::Listener : public LirvoxDelegate, public platform::AudioSe
   }
 
   std::optional<Answer> takeAnswer() {
-    const std::lock_guard lock(mutex_);
+    const platform::MutexLock lock(mutex_);
     return std::exchange(answer_, std::nullopt);
   }
   bool takeInputChange() { return inputChanged_.exchange(false); }
@@ -41,14 +41,14 @@ class LiveRecognizer::Listener : public LirvoxDelegate, public platform::AudioSe
  private:
   void add(const Answer& answer) {
     {
-      const std::lock_guard lock(mutex_);
+      const platform::MutexLock lock(mutex_);
       answer_ = answer;
     }
     wake();
   }
 
-  std::mutex mutex_;
-  std::optional<Answer> answer_;  // guarded by mutex_
+  platform::Mutex mutex_;
+  std::optional<Answer> answer_ LIRVOX_GUARDED_BY(mutex_);
   std::atomic<bool> inputChanged_{false};
 };
 

@@ -54,19 +54,19 @@ TrackReader::TrackReader(const std::vector<ListedFile>& files, const catalog::Ro
 TrackReader::~TrackReader() {
   dropped_ = true;
   {
-    const std::lock_guard lock(mutex_);
-    changed_.notify_all();
+    const platform::MutexLock lock(mutex_);
+    changed_.notifyAll();
   }
   for (std::thread& thread : threads_) thread.join();
 }
 
 std::optional<ReadTrack> TrackReader::next() {
-  std::unique_lock lock(mutex_);
-  changed_.wait(lock, [this] { return !done_.empty() || working_ == 0; });
+  const platform::MutexLock lock(mutex_);
+  while (done_.empty() && working_ > 0) changed_.wait(mutex_);
   if (done_.empty()) return std::nullopt;
   ReadTrack track = std::move(done_.front());
   done_.pop_front();
-  changed_.notify_all();
+  changed_.notifyAll();
   return track;
 }
 
@@ -81,9 +81,9 @@ void TrackReader::work(const catalog::RowRule& rule) {
   } catch (const Abandoned&) {
     // What this thread has delivered before stays good.
   }
-  const std::lock_guard lock(mutex_);
+  const platform::MutexLock lock(mutex_);
   --working_;
-  changed_.notify_all();
+  changed_.notifyAll();
 }
 
 const ListedFile* TrackReader::claim() {
@@ -92,10 +92,10 @@ const ListedFile* TrackReader::claim() {
 }
 
 void TrackReader::deliver(ReadTrack track) {
-  std::unique_lock lock(mutex_);
-  changed_.wait(lock, [this] { return done_.size() < capacity_ || dropped_; });
+  const platform::MutexLock lock(mutex_);
+  while (done_.size() >= capacity_ && !dropped_) changed_.wait(mutex_);
   done_.push_back(std::move(track));
-  changed_.notify_all();
+  changed_.notifyAll();
 }
 
 }  // namespace lirvox::tools

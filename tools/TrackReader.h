@@ -2,16 +2,15 @@
 #pragma once
 
 #include <atomic>
-#include <condition_variable>
 #include <cstddef>
 #include <deque>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "catalog/Catalog.h"
+#include "lib/platform/Mutex.h"
 #include "tools/FileList.h"
 
 namespace lirvox::tools {
@@ -56,10 +55,10 @@ class TrackReader {
   std::atomic<std::size_t> claimed_{0};
   std::atomic<bool> dropped_{false};
 
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  std::deque<ReadTrack> done_;  // guarded by mutex_
-  std::size_t working_;         // threads that may still deliver; guarded by mutex_
+  platform::Mutex mutex_;
+  platform::Condition changed_;
+  std::deque<ReadTrack> done_ LIRVOX_GUARDED_BY(mutex_);
+  std::size_t working_ LIRVOX_GUARDED_BY(mutex_);  // threads that may still deliver
   std::vector<std::thread> threads_;
 };
 

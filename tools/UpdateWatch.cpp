@@ -47,35 +47,36 @@ void UpdateWatch::attachTo(platform::Platform& platform) {
 }
 
 void UpdateWatch::note(const std::string& text) {
-  const std::lock_guard lock(mutex_);
+  const platform::MutexLock lock(mutex_);
   outcome_.notes.push_back(text);
 }
 
 void UpdateWatch::answer(bool good) {
-  const std::lock_guard lock(mutex_);
+  const platform::MutexLock lock(mutex_);
   answered_ = true;
   outcome_.good = good;
 }
 
 void UpdateWatch::taskBegan(bool isDownload) {
-  const std::lock_guard lock(mutex_);
+  const platform::MutexLock lock(mutex_);
   ++running_;
   outcome_.downloaded = outcome_.downloaded || isDownload;
 }
 
 void UpdateWatch::taskEnded(const std::string& otherwise) {
-  const std::lock_guard lock(mutex_);
+  const platform::MutexLock lock(mutex_);
   --running_;
   if (running_ > 0) return;
   if (!answered_ && outcome_.notes.empty()) outcome_.notes.push_back(otherwise);
-  ended_.notify_all();
+  ended_.notifyAll();
 }
 
 UpdateOutcome UpdateWatch::wait(std::chrono::duration<double> timeout) {
-  std::unique_lock lock(mutex_);
-  if (!ended_.wait_for(lock, timeout, [this] { return running_ == 0; })) {
-    outcome_.notes.emplace_back("no end within the time-out");
-  }
+  using Clock = std::chrono::steady_clock;
+  const auto deadline = Clock::now() + std::chrono::ceil<Clock::duration>(timeout);
+  const platform::MutexLock lock(mutex_);
+  while (running_ > 0 && ended_.waitUntil(mutex_, deadline)) continue;
+  if (running_ > 0) outcome_.notes.emplace_back("no end within the time-out");
   return outcome_;
 }
 

@@ -2,12 +2,11 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
+#include "lib/platform/Mutex.h"
 #include "lib/platform/Platform.h"
 
 namespace lirvox::tools {
@@ -41,12 +40,11 @@ class UpdateWatch : public std::enable_shared_from_this<UpdateWatch> {
   void taskEnded(const std::string& otherwise);
 
  private:
-  std::mutex mutex_;
-  std::condition_variable ended_;
-  // Guarded by mutex_.
-  bool answered_ = false;
-  int running_ = 0;
-  UpdateOutcome outcome_;
+  platform::Mutex mutex_;
+  platform::Condition ended_;
+  bool answered_ LIRVOX_GUARDED_BY(mutex_) = false;
+  int running_ LIRVOX_GUARDED_BY(mutex_) = 0;
+  UpdateOutcome outcome_ LIRVOX_GUARDED_BY(mutex_);
 };
 
 }  // namespace lirvox::tools

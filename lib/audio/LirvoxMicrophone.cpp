@@ -2,11 +2,13 @@
 #include "lib/audio/LirvoxMicrophone.h"
 
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <utility>
 
 #include "lib/Assertion.h"
 #include "lib/LirvoxSettings.h"
+#include "lib/platform/Mutex.h"
 
 namespace lirvox {
 namespace {
@@ -35,7 +37,13 @@ void selectInput(platform::AudioSession& session, const LirvoxAudioDevice& devic
 
 }  // namespace
 
-LirvoxMicrophone::LirvoxMicrophone(Private) : platform_(platform::current()) {}
+struct LirvoxMicrophone::SelectedDevice {
+  platform::Mutex mutex;
+  std::optional<LirvoxAudioDevice> device LIRVOX_GUARDED_BY(mutex);
+};
+
+LirvoxMicrophone::LirvoxMicrophone(Private)
+    : platform_(platform::current()), selected_(std::make_shared<SelectedDevice>()) {}
 
 LirvoxMicrophone::~LirvoxMicrophone() {
   platform_->audioSession->removeObserver(this);
@@ -202,19 +210,19 @@ void LirvoxMicrophone::setMicrophoneOn(bool microphoneOn) {
 }
 
 LirvoxAudioDevice LirvoxMicrophone::device() const {
-  const std::lock_guard lock(deviceMutex_);
-  return device_.value_or(LirvoxAudioDevice());
+  const platform::MutexLock lock(selected_->mutex);
+  return selected_->device.value_or(LirvoxAudioDevice());
 }
 
 void LirvoxMicrophone::setDevice(const LirvoxAudioDevice& device) {
   {
-    const std::lock_guard lock(deviceMutex_);
-    if (device_ && *device_ == device) return;
+    const platform::MutexLock lock(selected_->mutex);
+    if (selected_->device == device) return;
   }
   selectInput(*platform_->audioSession, device);
   {
-    const std::lock_guard lock(deviceMutex_);
-    device_ = device;
+    const platform::MutexLock lock(selected_->mutex);
+    selected_->device = device;
   }
   if (const auto delegate = delegate_.lock()) delegate->changedDevice(*this, device);
 }

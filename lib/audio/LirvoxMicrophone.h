@@ -4,8 +4,6 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
-#include <mutex>
-#include <optional>
 
 #include "../LirvoxExport.h"
 #include "../platform/AudioSession.h"
@@ -151,8 +149,8 @@ class LIRVOX_EXPORT LirvoxMicrophone : public LirvoxOutputDataSource,
   std::uint32_t largestDelivery_ = 0;  // frames for which all buffers have room
 
   std::atomic<bool> microphoneOn_{false};
-  mutable std::mutex deviceMutex_;
-  std::optional<LirvoxAudioDevice> device_;  // guarded by deviceMutex_
+  struct SelectedDevice;
+  const std::shared_ptr<SelectedDevice> selected_;
 
   // Last, so that it is destroyed first.
   LirvoxMicrophoneInfo info_;

@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -64,7 +63,7 @@ class LIRVOX_EXPORT AudioSessionObserver {
 /// fill the error.
 class LIRVOX_EXPORT AudioSession {
  public:
-  AudioSession() = default;
+  AudioSession();
   virtual ~AudioSession() = default;
   AudioSession(const AudioSession&) = delete;
   AudioSession& operator=(const AudioSession&) = delete;
@@ -97,15 +96,9 @@ class LIRVOX_EXPORT AudioSession {
   void postRouteChange();
 
  private:
-  struct Registered {
-    const AudioSessionObserver* identity;
-    std::weak_ptr<AudioSessionObserver> observer;
-  };
+  struct Observers;
 
-  std::vector<std::shared_ptr<AudioSessionObserver>> observers();
-
-  std::mutex mutex_;
-  std::vector<Registered> registered_;  // guarded by mutex_
+  const std::shared_ptr<Observers> observers_;
 };
 
 /// A session without devices, on which every operation succeeds: for hosts that

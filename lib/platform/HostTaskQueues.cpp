@@ -1,8 +1,10 @@
 // Main queues for hosts that have an event loop of their own.
 #include "lib/platform/HostTaskQueues.h"
 
+#include <deque>
 #include <utility>
 
+#include "lib/platform/Mutex.h"
 #include "lib/platform/RunTask.h"
 
 namespace lirvox::platform {
@@ -48,6 +50,11 @@ std::unique_ptr<Waker> ExecutorTaskQueue::makeWaker(Task task) {
   return std::make_unique<ExecutorWaker>(executor_, *timers_, std::move(task));
 }
 
+struct PumpedTaskQueue::Waiting {
+  Mutex mutex;
+  std::deque<Task> tasks LIRVOX_GUARDED_BY(mutex);
+};
+
 PumpedTaskQueue::PumpedTaskQueue(std::shared_ptr<TaskQueue> timers)
     : PumpedTaskQueue(std::make_shared<Waiting>(), std::move(timers)) {}
 
@@ -55,7 +62,7 @@ PumpedTaskQueue::PumpedTaskQueue(const std::shared_ptr<Waiting>& waiting,
                                  std::shared_ptr<TaskQueue> timers)
     : ExecutorTaskQueue(
           [waiting](Task task) {
-            const std::lock_guard lock(waiting->mutex);
+            const MutexLock lock(waiting->mutex);
             waiting->tasks.push_back(std::move(task));
           },
           std::move(timers)),
@@ -64,7 +71,7 @@ PumpedTaskQueue::PumpedTaskQueue(const std::shared_ptr<Waiting>& waiting,
 std::size_t PumpedTaskQueue::pump() {
   std::deque<Task> due;
   {
-    const std::lock_guard lock(waiting_->mutex);
+    const MutexLock lock(waiting_->mutex);
     due.swap(waiting_->tasks);
   }
   for (const Task& task : due) task();

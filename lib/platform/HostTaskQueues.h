@@ -2,10 +2,8 @@
 #pragma once
 
 #include <cstddef>
-#include <deque>
 #include <functional>
 #include <memory>
-#include <mutex>
 
 #include "TaskQueue.h"
 
@@ -44,10 +42,7 @@ class LIRVOX_EXPORT PumpedTaskQueue : public ExecutorTaskQueue {
   std::size_t pump();
 
  private:
-  struct Waiting {
-    std::mutex mutex;
-    std::deque<Task> tasks;  // guarded by mutex
-  };
+  struct Waiting;
 
   PumpedTaskQueue(const std::shared_ptr<Waiting>& waiting, std::shared_ptr<TaskQueue> timers);
 

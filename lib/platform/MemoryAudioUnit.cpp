@@ -3,7 +3,10 @@
 
 #include <algorithm>
 #include <cstring>
+#include <thread>
 #include <utility>
+
+#include "lib/platform/Mutex.h"
 
 namespace lirvox::platform {
 namespace {
@@ -22,59 +25,58 @@ struct MemoryAudioUnit::Player {
   }
 
   void play();
-  void deliver(std::unique_lock<std::mutex>& lock);
-  void halt(std::unique_lock<std::mutex>& lock);
+  void deliver() LIRVOX_REQUIRES(mutex);
+  void halt() LIRVOX_REQUIRES(mutex);
   bool hasEnded() const { return position >= samples->size(); }
 
   // Constant after construction.
   const Samples samples;
   std::vector<std::uint32_t> deliverySizes;
 
-  std::mutex mutex;
-  std::condition_variable changed;
-  // Guarded by mutex.
-  InputCallback callback;
-  std::thread thread;
-  bool initialized = false;
-  bool running = false;
-  bool inCallback = false;
-  bool quit = false;
-  std::size_t nextSize = 0;
-  std::uint64_t framesSinceStart = 0;
+  Mutex mutex;
+  Condition changed;
+  std::thread thread LIRVOX_GUARDED_BY(mutex);
+  bool initialized LIRVOX_GUARDED_BY(mutex) = false;
+  bool running LIRVOX_GUARDED_BY(mutex) = false;
+  bool inCallback LIRVOX_GUARDED_BY(mutex) = false;
+  bool quit LIRVOX_GUARDED_BY(mutex) = false;
+  std::size_t nextSize LIRVOX_GUARDED_BY(mutex) = 0;
+  std::uint64_t framesSinceStart LIRVOX_GUARDED_BY(mutex) = 0;
 
   // Touched by the audio thread, and under mutex while no callback runs.
+  InputCallback callback;
   std::size_t position = 0;
 };
 
 void MemoryAudioUnit::Player::play() {
-  std::unique_lock lock(mutex);
+  const MutexLock lock(mutex);
   while (true) {
-    changed.wait(lock, [this] { return quit || (running && !hasEnded()); });
+    while (!quit && (!running || hasEnded())) changed.wait(mutex);
     if (quit) return;
-    deliver(lock);
+    deliver();
   }
 }
 
-void MemoryAudioUnit::Player::deliver(std::unique_lock<std::mutex>& lock) {
+void MemoryAudioUnit::Player::deliver() {
   const std::size_t left = samples->size() - position;
   const std::uint32_t size = deliverySizes[nextSize++ % deliverySizes.size()];
   const auto frames = static_cast<std::uint32_t>(std::min<std::size_t>(size, left));
   const AudioTimeStamp timeStamp{static_cast<double>(framesSinceStart), 0};
   inCallback = true;
-  lock.unlock();
+  mutex.unlock();
   RenderActionFlags flags = 0;
   if (callback) callback(flags, timeStamp, audioUnitInputBus, frames);
-  lock.lock();
+  mutex.lock();
   inCallback = false;
   position += frames;
   framesSinceStart += frames;
-  changed.notify_all();
+  changed.notifyAll();
 }
 
-void MemoryAudioUnit::Player::halt(std::unique_lock<std::mutex>& lock) {
+void MemoryAudioUnit::Player::halt() {
   running = false;
   if (thread.get_id() == std::this_thread::get_id()) return;
-  changed.wait(lock, [this] { return !inCallback; });
+  while (inCallback) changed.wait(mutex);
 }
 
 MemoryAudioUnit::MemoryAudioUnit(Samples samples, std::vector<std::uint32_t> deliverySizes)
@@ -85,10 +87,10 @@ MemoryAudioUnit::MemoryAudioUnit(Samples samples, std::vector<std::uint32_t> del
 MemoryAudioUnit::~MemoryAudioUnit() {
   std::thread thread;
   {
-    std::unique_lock lock(player_->mutex);
-    player_->halt(lock);
+    const MutexLock lock(player_->mutex);
+    player_->halt();
     player_->quit = true;
-    player_->changed.notify_all();
+    player_->changed.notifyAll();
     thread.swap(player_->thread);
   }
   if (!thread.joinable()) return;
@@ -118,27 +120,27 @@ AudioStatus MemoryAudioUnit::maximumFramesPerSlice(std::uint32_t& frames) {
 }
 
 AudioStatus MemoryAudioUnit::setInputCallback(InputCallback callback) {
-  const std::lock_guard lock(player_->mutex);
+  const MutexLock lock(player_->mutex);
   if (player_->running || player_->inCallback) return audioStateError;
   player_->callback = std::move(callback);
   return audioNoError;
 }
 
 AudioStatus MemoryAudioUnit::initialize() {
-  const std::lock_guard lock(player_->mutex);
+  const MutexLock lock(player_->mutex);
   player_->initialized = true;
   return audioNoError;
 }
 
 AudioStatus MemoryAudioUnit::uninitialize() {
-  std::unique_lock lock(player_->mutex);
-  player_->halt(lock);
+  const MutexLock lock(player_->mutex);
+  player_->halt();
   player_->initialized = false;
   return audioNoError;
 }
 
 AudioStatus MemoryAudioUnit::start() {
-  const std::lock_guard lock(player_->mutex);
+  const MutexLock lock(player_->mutex);
   if (!player_->initialized) return audioStateError;
   if (player_->running) return audioNoError;
   player_->running = true;
@@ -146,13 +148,13 @@ AudioStatus MemoryAudioUnit::start() {
   if (!player_->thread.joinable()) {
     player_->thread = std::thread([player = player_] { player->play(); });
   }
-  player_->changed.notify_all();
+  player_->changed.notifyAll();
   return audioNoError;
 }
 
 AudioStatus MemoryAudioUnit::stop() {
-  std::unique_lock lock(player_->mutex);
-  player_->halt(lock);
+  const MutexLock lock(player_->mutex);
+  player_->halt();
   return audioNoError;
 }
 

@@ -1,12 +1,9 @@
 // An audio unit that captures nothing and delivers samples from memory.
 #pragma once
 
-#include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <mutex>
-#include <thread>
 #include <vector>
 
 #include "AudioUnit.h"

@@ -1,15 +1,16 @@
 // The platform in use.
 #include "lib/platform/Platform.h"
 
-#include <mutex>
 #include <utility>
+
+#include "lib/platform/Mutex.h"
 
 namespace lirvox::platform {
 namespace {
 
 struct Installed {
-  std::mutex mutex;
-  std::shared_ptr<const Platform> platform;  // guarded by mutex
+  Mutex mutex;
+  std::shared_ptr<const Platform> platform LIRVOX_GUARDED_BY(mutex);
 };
 
 // Never destroyed: threads of the platform may still ask for it while the process ends.
@@ -22,12 +23,12 @@ Installed& installed() {
 
 void install(Platform platform) {
   auto replacement = std::make_shared<const Platform>(std::move(platform));
-  const std::lock_guard lock(installed().mutex);
+  const MutexLock lock(installed().mutex);
   installed().platform.swap(replacement);
 }
 
 std::shared_ptr<const Platform> current() {
-  const std::lock_guard lock(installed().mutex);
+  const MutexLock lock(installed().mutex);
   auto& platform = installed().platform;
   if (!platform) platform = std::make_shared<const Platform>(systemPlatform());
   return platform;

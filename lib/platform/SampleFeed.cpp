@@ -5,6 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "lib/platform/Mutex.h"
+
 namespace lirvox::platform {
 namespace {
 
@@ -46,6 +48,11 @@ AudioStatus pullAll(AudioConverter& converter, Source source, std::vector<std::i
 
 }  // namespace
 
+struct SampleFeed::Held {
+  Mutex mutex;
+  MemoryAudioUnit::Samples samples LIRVOX_GUARDED_BY(mutex);
+};
+
 std::shared_ptr<SampleFeed> SampleFeed::replaceMicrophone(Platform& platform) {
   const std::shared_ptr<SampleFeed> feed(new SampleFeed(platform.makeAudioConverter));
   platform.audioSession = std::make_shared<NullAudioSession>();
@@ -55,7 +62,8 @@ std::shared_ptr<SampleFeed> SampleFeed::replaceMicrophone(Platform& platform) {
   return feed;
 }
 
-SampleFeed::SampleFeed(MakeConverter makeConverter) : makeConverter_(std::move(makeConverter)) {}
+SampleFeed::SampleFeed(MakeConverter makeConverter)
+    : makeConverter_(std::move(makeConverter)), held_(std::make_shared<Held>()) {}
 
 AudioStatus SampleFeed::put(const void* samples, std::size_t frames,
                             const AudioStreamBasicDescription& format) {
@@ -68,8 +76,8 @@ AudioStatus SampleFeed::put(const void* samples, std::size_t frames,
   if (status != audioNoError) return status;
   if (words->empty()) return audioParameterError;
   MemoryAudioUnit::Samples converted = std::move(words);
-  const std::lock_guard lock(mutex_);
-  samples_.swap(converted);
+  const MutexLock lock(held_->mutex);
+  held_->samples.swap(converted);
   return audioNoError;
 }
 
@@ -79,8 +87,8 @@ double SampleFeed::seconds() const {
 }
 
 MemoryAudioUnit::Samples SampleFeed::samples() const {
-  const std::lock_guard lock(mutex_);
-  return samples_;
+  const MutexLock lock(held_->mutex);
+  return held_->samples;
 }
 
 }  // namespace lirvox::platform

@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 
 #include "MemoryAudioUnit.h"
 #include "Platform.h"
@@ -49,9 +48,10 @@ class LIRVOX_EXPORT SampleFeed {
   explicit SampleFeed(MakeConverter makeConverter);
   MemoryAudioUnit::Samples samples() const;
 
+  struct Held;
+
   const MakeConverter makeConverter_;
-  mutable std::mutex mutex_;
-  MemoryAudioUnit::Samples samples_;  // guarded by mutex_
+  const std::shared_ptr<Held> held_;
 };
 
 }  // namespace lirvox::platform

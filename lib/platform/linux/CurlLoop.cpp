@@ -1,6 +1,8 @@
 // The thread that moves the transfers of one session forward.
 #include "lib/platform/linux/CurlLoop.h"
 
+#include <chrono>
+#include <mutex>
 #include <new>
 #include <utility>
 
@@ -16,7 +18,9 @@ namespace {
 
 // Time-outs are noticed this late at most.
 constexpr int kTickInMilliseconds = 100;
-constexpr int kIdleInMilliseconds = 60'000;
+// So is a new transfer, or the end of the session, when libcurl cannot be woken: for want of
+// descriptors or memory.
+constexpr int kIdleInMilliseconds = 1000;
 
 CURLM* makeMulti() {
   static std::once_flag initialized;
@@ -45,9 +49,9 @@ CurlLoop::~CurlLoop() {
 }
 
 void CurlLoop::add(const std::shared_ptr<CurlLoop>& loop, std::unique_ptr<CurlTransfer> transfer) {
-  const std::lock_guard lock(loop->mutex_);
-  loop->added_.push_back(std::move(transfer));
+  const MutexLock lock(loop->mutex_);
   if (!loop->thread_.joinable()) loop->thread_ = startWithoutSignals([loop] { loop->run(); });
+  loop->added_.push_back(std::move(transfer));
   curl_multi_wakeup(loop->multi_);
 }
 
@@ -56,7 +60,7 @@ void CurlLoop::stop() {
   curl_multi_wakeup(multi_);
   std::thread thread;
   {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     thread.swap(thread_);
   }
   if (!thread.joinable()) return;
@@ -76,19 +80,21 @@ void CurlLoop::run() {
     curl_multi_perform(multi_, &running);
     runLogged([this] { finishDone(); });
     const int wait = running_.empty() ? kIdleInMilliseconds : kTickInMilliseconds;
-    curl_multi_poll(multi_, nullptr, 0, wait, nullptr);
+    if (curl_multi_poll(multi_, nullptr, 0, wait, nullptr) != CURLM_OK) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(kTickInMilliseconds));
+    }
   }
   for (auto& [handle, transfer] : running_) curl_multi_remove_handle(multi_, handle);
   running_.clear();
   decltype(added_) dropped;
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   dropped.swap(added_);
 }
 
 void CurlLoop::takeAdded() {
   decltype(added_) added;
   {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     added.swap(added_);
   }
   for (auto& transfer : added) {

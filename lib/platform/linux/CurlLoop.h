@@ -3,10 +3,11 @@
 
 #include <atomic>
 #include <memory>
-#include <mutex>
 #include <thread>
 #include <unordered_map>
 #include <vector>
+
+#include "../Mutex.h"
 
 namespace lirvox::platform {
 
@@ -34,9 +35,9 @@ class CurlLoop {
 
   void* const multi_;
   std::atomic<bool> stopping_{false};
-  std::mutex mutex_;
-  std::vector<std::unique_ptr<CurlTransfer>> added_;  // guarded by mutex_
-  std::thread thread_;                                // guarded by mutex_
+  Mutex mutex_;
+  std::vector<std::unique_ptr<CurlTransfer>> added_ LIRVOX_GUARDED_BY(mutex_);
+  std::thread thread_ LIRVOX_GUARDED_BY(mutex_);
   // The loop's thread only.
   std::unordered_map<void*, std::unique_ptr<CurlTransfer>> running_;
 };

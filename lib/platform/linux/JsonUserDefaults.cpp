@@ -49,7 +49,7 @@ Json readObject(const std::string& path, std::error_code& error) {
 }  // namespace
 
 std::optional<std::string> JsonUserDefaults::stringForKey(const std::string& key) const {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   if (const auto unsaved = unsaved_.find(key); unsaved != unsaved_.end()) return unsaved->second;
   std::error_code ignored;
   const Json object = readObject(path_, ignored);
@@ -59,12 +59,12 @@ std::optional<std::string> JsonUserDefaults::stringForKey(const std::string& key
 }
 
 void JsonUserDefaults::setString(const std::string& value, const std::string& key) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   unsaved_[key] = value;
 }
 
 bool JsonUserDefaults::synchronize() {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   if (unsaved_.empty()) return true;
   std::error_code error;
   Json object = readObject(path_, error);

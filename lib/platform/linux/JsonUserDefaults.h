@@ -2,9 +2,9 @@
 #pragma once
 
 #include <map>
-#include <mutex>
 #include <string>
 
+#include "../Mutex.h"
 #include "../UserDefaults.h"
 
 namespace lirvox::platform {
@@ -24,8 +24,8 @@ class JsonUserDefaults : public UserDefaults {
 
  private:
   const std::string path_;
-  mutable std::mutex mutex_;
-  std::map<std::string, std::string> unsaved_;  // guarded by mutex_
+  mutable Mutex mutex_;
+  std::map<std::string, std::string> unsaved_ LIRVOX_GUARDED_BY(mutex_);
 };
 
 }  // namespace lirvox::platform

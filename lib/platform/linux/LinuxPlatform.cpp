@@ -1,7 +1,6 @@
 // The Linux services, chosen here and nowhere else.
 #include <cerrno>
 #include <iostream>
-#include <mutex>
 #include <syncstream>
 #include <utility>
 

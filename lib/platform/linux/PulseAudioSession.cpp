@@ -27,14 +27,14 @@ bool PulseAudioSession::setCategory(AudioSessionCategory, LirvoxError&) {
 bool PulseAudioSession::setActive(bool active, LirvoxError& error) {
   if (active) return connection(error) != nullptr;
   std::shared_ptr<PulseConnection> released;
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   released.swap(connection_);
   return true;
 }
 
 std::shared_ptr<PulseConnection> PulseAudioSession::connection(LirvoxError& error) {
   std::shared_ptr<PulseConnection> lost;
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   if (connection_ && connection_->isUp()) return connection_;
   lost.swap(connection_);
   if (!queue_) queue_ = current()->mainQueue;
@@ -50,7 +50,7 @@ std::shared_ptr<PulseConnection> PulseAudioSession::connection(LirvoxError& erro
 }
 
 std::string PulseAudioSession::preferredSource() {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   return preferredSource_;
 }
 
@@ -101,7 +101,7 @@ bool PulseAudioSession::setPreferredInput(const std::optional<AudioSessionPort>&
     if (wanted != preferredSource() && wanted == pulseDefaultSourceName(*server)) wanted.clear();
   }
   {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     if (preferredSource_ == wanted) return true;
     preferredSource_ = wanted;
   }
@@ -123,14 +123,14 @@ bool PulseAudioSession::setInputDataSource(const AudioSessionDataSource& dataSou
 }
 
 void PulseAudioSession::addStream(std::weak_ptr<PulseStream> stream) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   std::erase_if(streams_, [](const auto& known) { return known.expired(); });
   streams_.push_back(std::move(stream));
 }
 
 std::vector<std::shared_ptr<PulseStream>> PulseAudioSession::streams() {
   std::vector<std::shared_ptr<PulseStream>> living;
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   for (const auto& known : streams_) {
     if (auto stream = known.lock()) living.push_back(std::move(stream));
   }

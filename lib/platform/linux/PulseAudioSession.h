@@ -3,12 +3,12 @@
 
 #include <atomic>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "../AudioSession.h"
+#include "../Mutex.h"
 #include "../PulseAudio.h"
 #include "../TaskQueue.h"
 #include "PulseConnection.h"
@@ -52,10 +52,10 @@ class PulseAudioSession : public AudioSession,
   // Set before the first connection, whose thread reads it, and then constant.
   std::shared_ptr<TaskQueue> queue_;
   std::atomic<bool> routeChangePending_{false};
-  std::mutex mutex_;
-  std::shared_ptr<PulseConnection> connection_;      // guarded by mutex_
-  std::string preferredSource_;                      // guarded by mutex_
-  std::vector<std::weak_ptr<PulseStream>> streams_;  // guarded by mutex_
+  Mutex mutex_;
+  std::shared_ptr<PulseConnection> connection_ LIRVOX_GUARDED_BY(mutex_);
+  std::string preferredSource_ LIRVOX_GUARDED_BY(mutex_);
+  std::vector<std::weak_ptr<PulseStream>> streams_ LIRVOX_GUARDED_BY(mutex_);
 };
 
 }  // namespace lirvox::platform

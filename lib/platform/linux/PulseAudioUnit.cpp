@@ -88,6 +88,7 @@ AudioStatus PulseAudioUnit::stop() {
 
 AudioStatus PulseAudioUnit::render(RenderActionFlags&, const AudioTimeStamp&, std::uint32_t,
                                    std::uint32_t numberFrames, AudioBufferList& list) {
+  PulseConnection::assertServing();
   return stream_->render(numberFrames, list);
 }
 

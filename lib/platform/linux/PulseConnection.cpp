@@ -9,9 +9,9 @@
 namespace lirvox::platform {
 namespace {
 
-void startQuietly(pa_threaded_mainloop* loop) {
+bool startQuietly(pa_threaded_mainloop* loop) {
   const BlockedSignals quiet;
-  pa_threaded_mainloop_start(loop);
+  return pa_threaded_mainloop_start(loop) >= 0;
 }
 
 }  // namespace
@@ -74,10 +74,11 @@ bool PulseConnection::connect(const std::string& server) {
       [](pa_context*, void* self) { static_cast<PulseConnection*>(self)->stateChanged(); }, this);
   const char* const name = server.empty() ? nullptr : server.c_str();
   if (pa_context_connect(context_, name, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0) return false;
-  startQuietly(loop_);
+  if (!startQuietly(loop_)) return false;
   {
-    std::unique_lock lock(mutex_);
-    woken_.wait_for(lock, patience, [this] { return settled_; });
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    const MutexLock lock(mutex_);
+    while (!settled_ && woken_.waitUntil(mutex_, deadline)) continue;
   }
   return isUp();
 }
@@ -102,9 +103,9 @@ void PulseConnection::stateChanged() {
   const bool ready = state == PA_CONTEXT_READY;
   if (!ready && PA_CONTEXT_IS_GOOD(state)) return;
   {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     settled_ = true;
-    woken_.notify_all();
+    woken_.notifyAll();
   }
   // A server that was never reached has changed nothing: whoever is told of a change looks
   // again, and would try to connect for ever.
@@ -118,13 +119,14 @@ bool PulseConnection::isUp() const {
 
 std::string PulseConnection::lastError() const {
   const Lock lock(*this);
-  return pa_strerror(pa_context_errno(context_));
+  const int error = pa_context_errno(context_);
+  return error == PA_OK ? "No answer" : pa_strerror(error);
 }
 
 bool PulseConnection::ask(const std::function<pa_operation*(pa_context*)>& request) {
   struct Progress {
     PulseConnection& connection;
-    bool ended;  // guarded by the connection's mutex_
+    bool ended LIRVOX_GUARDED_BY(connection.mutex_);
   } progress{*this, false};
   pa_operation* operation = nullptr;
   {
@@ -135,15 +137,16 @@ bool PulseConnection::ask(const std::function<pa_operation*(pa_context*)>& reque
         operation,
         [](pa_operation*, void* data) {
           auto& changed = *static_cast<Progress*>(data);
-          const std::lock_guard guard(changed.connection.mutex_);
+          const MutexLock guard(changed.connection.mutex_);
           changed.ended = true;
-          changed.connection.woken_.notify_all();
+          changed.connection.woken_.notifyAll();
         },
         &progress);
   }
   {
-    std::unique_lock lock(mutex_);
-    woken_.wait_for(lock, patience, [&] { return progress.ended; });
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    const MutexLock lock(progress.connection.mutex_);
+    while (!progress.ended && woken_.waitUntil(progress.connection.mutex_, deadline)) continue;
   }
   const Lock lock(*this);
   const bool answered = pa_operation_get_state(operation) == PA_OPERATION_DONE;

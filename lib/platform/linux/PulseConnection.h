@@ -2,13 +2,13 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 
 #include <pulse/pulseaudio.h>
+
+#include "../Mutex.h"
 
 namespace lirvox::platform {
 
@@ -17,12 +17,18 @@ class PulseConnection {
   /// How long an answer of the server may take before it counts as lost.
   static constexpr std::chrono::seconds patience{3};
 
-  /// Holds the lock that the connection's thread holds during callbacks; nothing
-  /// to do on that thread itself.
-  class Lock {
+  /// Stands for the lock of a connection, whichever it is, which its thread holds during
+  /// callbacks.
+  struct LIRVOX_CAPABILITY("connection") Serving {};
+  static constexpr Serving serving{};
+  /// For what only callbacks do.
+  static void assertServing() LIRVOX_ASSERTS(serving) {}
+
+  /// Holds the lock of a connection; nothing to do on its own thread.
+  class LIRVOX_SCOPED_CAPABILITY Lock {
    public:
-    explicit Lock(const PulseConnection& connection);
-    ~Lock();
+    explicit Lock(const PulseConnection& connection) LIRVOX_ACQUIRE(serving);
+    ~Lock() LIRVOX_RELEASE();
     Lock(const Lock&) = delete;
     Lock& operator=(const Lock&) = delete;
 
@@ -44,8 +50,7 @@ class PulseConnection {
   bool isOwnThread() const { return pa_threaded_mainloop_in_thread(loop_) != 0; }
   /// Of the last failed operation, for people.
   std::string lastError() const;
-  /// To be used under `Lock`.
-  pa_context* context() const { return context_; }
+  pa_context* context() const LIRVOX_REQUIRES(serving) { return context_; }
 
   /// Sends a request and waits until it is answered, cancelled or out of time;
   /// true when it was answered. Not for the connection's own thread. Callbacks of
@@ -62,10 +67,10 @@ class PulseConnection {
   const std::function<void()> changed_;
   pa_threaded_mainloop* const loop_;
   pa_context* const context_;
-  std::mutex mutex_;  // with woken_, wakes those who wait for an answer
-  std::condition_variable woken_;
-  bool settled_ = false;   // guarded by mutex_: connected, or refused
-  bool wasReady_ = false;  // on the connection's thread
+  Mutex mutex_;  // with woken_, wakes those who wait for an answer
+  Condition woken_;
+  bool settled_ LIRVOX_GUARDED_BY(mutex_) = false;  // connected, or refused
+  bool wasReady_ = false;                           // on the connection's thread
 };
 
 }  // namespace lirvox::platform

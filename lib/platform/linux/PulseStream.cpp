@@ -34,7 +34,7 @@ PulseStream::~PulseStream() {
 }
 
 std::shared_ptr<PulseConnection> PulseStream::connection() {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   return connection_;
 }
 
@@ -42,12 +42,12 @@ AudioStatus PulseStream::start() {
   const auto server = connection();
   if (server && server->isOwnThread()) return isRunning() ? audioNoError : audioStateError;
   const std::uint64_t stopsBefore = stops();
-  const std::lock_guard lock(startMutex_);
+  const MutexLock lock(startMutex_);
   return resume() ? audioNoError : open(session_->preferredSource(), stopsBefore);
 }
 
 std::uint64_t PulseStream::stops() {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   return stops_;
 }
 
@@ -85,7 +85,7 @@ AudioStatus PulseStream::open(const std::string& source, std::uint64_t stopsBefo
     release();
   }
   {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     connection_ = server;
   }
   if (connect(*server, source, stopsBefore) && waitUntilOpen()) return audioNoError;
@@ -104,7 +104,7 @@ bool PulseStream::connect(PulseConnection& server, const std::string& source,
   stream_ = pa_stream_new(server.context(), session_->names().stream.c_str(), &sampleSpec, nullptr);
   if (!stream_) return false;
   {
-    const std::lock_guard guard(mutex_);
+    const MutexLock guard(mutex_);
     state_ = State::opening;
   }
   delivering_ = true;
@@ -121,8 +121,9 @@ bool PulseStream::connect(PulseConnection& server, const std::string& source,
 }
 
 bool PulseStream::waitUntilOpen() {
-  std::unique_lock lock(mutex_);
-  changed_.wait_for(lock, PulseConnection::patience, [this] { return state_ != State::opening; });
+  const auto deadline = std::chrono::steady_clock::now() + PulseConnection::patience;
+  const MutexLock lock(mutex_);
+  while (state_ == State::opening && changed_.waitUntil(mutex_, deadline)) continue;
   return state_ == State::open;
 }
 
@@ -170,7 +171,7 @@ void PulseStream::close() {
 }
 
 std::shared_ptr<PulseConnection> PulseStream::countStop() {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   ++stops_;
   return connection_;
 }
@@ -184,13 +185,13 @@ void PulseStream::release() {
   }
   delivering_ = false;
   interrupted_ = false;
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   state_ = State::closed;
-  changed_.notify_all();
+  changed_.notifyAll();
 }
 
 void PulseStream::changeSource(const std::string& source) {
-  const std::lock_guard lock(startMutex_);
+  const MutexLock lock(startMutex_);
   const std::uint64_t stopsBefore = stops();
   if (!isRunning()) return;
   if (open(source, stopsBefore) != audioNoError) session_->announceInterruption(began);
@@ -200,9 +201,9 @@ void PulseStream::stateChanged() {
   const pa_stream_state_t state = pa_stream_get_state(stream_);
   if (state == PA_STREAM_READY) {
     {
-      const std::lock_guard lock(mutex_);
+      const MutexLock lock(mutex_);
       state_ = State::open;
-      changed_.notify_all();
+      changed_.notifyAll();
     }
     suspensionChanged();
   } else if (!PA_STREAM_IS_GOOD(state)) {

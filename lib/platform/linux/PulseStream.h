@@ -1,15 +1,14 @@
 // A record stream on a PulseAudio server, and what becomes of it.
 #pragma once
 
-#include <condition_variable>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <string>
 
 #include <pulse/pulseaudio.h>
 
 #include "../AudioUnit.h"
+#include "../Mutex.h"
 #include "PulseAudioSession.h"
 #include "PulseConnection.h"
 
@@ -42,12 +41,17 @@ class PulseStream : public std::enable_shared_from_this<PulseStream> {
   /// Goes on with another source, if it runs.
   void changeSource(const std::string& source);
 
-  AudioStatus render(std::uint32_t frames, AudioBufferList& list) const;
+  /// Only from inside the callback.
+  AudioStatus render(std::uint32_t frames, AudioBufferList& list) const
+      LIRVOX_REQUIRES(PulseConnection::serving);
 
  private:
   enum class State { closed, opening, open };
 
-  static PulseStream& from(void* self) { return *static_cast<PulseStream*>(self); }
+  // The stream that a callback is for.
+  static PulseStream& from(void* self) LIRVOX_ASSERTS(PulseConnection::serving) {
+    return *static_cast<PulseStream*>(self);
+  }
 
   std::shared_ptr<PulseConnection> connection();
   std::shared_ptr<PulseConnection> countStop();
@@ -56,31 +60,31 @@ class PulseStream : public std::enable_shared_from_this<PulseStream> {
   AudioStatus open(const std::string& source, std::uint64_t stopsBefore);
   bool connect(PulseConnection& server, const std::string& source, std::uint64_t stopsBefore);
   bool waitUntilOpen();
-  void setCallbacks();
-  void clearCallbacks();
-  void release();
+  void setCallbacks() LIRVOX_REQUIRES(PulseConnection::serving);
+  void clearCallbacks() LIRVOX_REQUIRES(PulseConnection::serving);
+  void release() LIRVOX_REQUIRES(PulseConnection::serving);
 
   // On the connection's thread.
-  void stateChanged();
-  void suspensionChanged();
-  void read();
-  void deliver(const void* data, std::size_t bytes);
+  void stateChanged() LIRVOX_REQUIRES(PulseConnection::serving);
+  void suspensionChanged() LIRVOX_REQUIRES(PulseConnection::serving);
+  void read() LIRVOX_REQUIRES(PulseConnection::serving);
+  void deliver(const void* data, std::size_t bytes) LIRVOX_REQUIRES(PulseConnection::serving);
 
   const std::shared_ptr<PulseAudioSession> session_;
-  std::mutex startMutex_;  // one at a time starts; never taken on the connection's thread
+  Mutex startMutex_;  // one at a time starts; never taken on the connection's thread
 
-  std::mutex mutex_;
-  std::condition_variable changed_;              // state_ has changed
-  std::shared_ptr<PulseConnection> connection_;  // guarded by mutex_
-  std::uint64_t stops_ = 0;                      // guarded by mutex_; how often it was stopped
-  State state_ = State::closed;                  // written under mutex_ and the connection's lock
+  Mutex mutex_;
+  Condition changed_;  // state_ has changed
+  std::shared_ptr<PulseConnection> connection_ LIRVOX_GUARDED_BY(mutex_);
+  std::uint64_t stops_ LIRVOX_GUARDED_BY(mutex_) = 0;  // how often it was stopped
+  State state_ = State::closed;  // written under mutex_ and the connection's lock
 
-  // Under the connection's lock.
-  pa_stream* stream_ = nullptr;
-  bool delivering_ = false;
-  bool interrupted_ = false;  // a suspension was announced, its end was not
-  const void* fragment_ = nullptr;
-  std::uint64_t framesSinceStart_ = 0;
+  pa_stream* stream_ LIRVOX_GUARDED_BY(PulseConnection::serving) = nullptr;
+  bool delivering_ LIRVOX_GUARDED_BY(PulseConnection::serving) = false;
+  // A suspension was announced, its end was not.
+  bool interrupted_ LIRVOX_GUARDED_BY(PulseConnection::serving) = false;
+  const void* fragment_ LIRVOX_GUARDED_BY(PulseConnection::serving) = nullptr;
+  std::uint64_t framesSinceStart_ LIRVOX_GUARDED_BY(PulseConnection::serving) = 0;
 };
 
 }  // namespace lirvox::platform
