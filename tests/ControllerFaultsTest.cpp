@@ -1,5 +1,6 @@
 // Captures and replays while memory, queues, timers and the sound of the system fail.
 #include <chrono>
+#include <new>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -105,6 +106,24 @@ TEST_F(ControllerFaults, EveryReplayIsAnsweredAndTheNextCaptureWorks) {
                 }),
             100);
   testing::internal::GetCapturedStderr();
+}
+
+TEST_F(ControllerFaults, ACopyThatFailsLeavesTheCaptureAlone) {
+  start();
+  deliver(song_.data(), 5000);
+  bool isCopied = false;
+  const auto copy = [&] {
+    isCopied = false;
+    try {
+      isCopied = lirvox_->bufferAudioData().has_value();
+    } catch (const std::bad_alloc&) {
+    }
+  };
+  EXPECT_GT(test::failEach(Failing::once, copy, [] {}), 0);
+  EXPECT_TRUE(isCopied);
+  lirvox_->stopRecognize();
+  platform_.scheduler.run();
+  EXPECT_FALSE(lirvox_->bufferAudioData());
 }
 
 TEST_F(ControllerFaults, WithoutAnyMemoryNothingStaysBehind) {

@@ -81,20 +81,6 @@ TEST_F(HostFaults, DelegatesMayThrowAndCallAnything) {
   EXPECT_TRUE(platform_.log->has("unknown exception"));
 }
 
-TEST_F(HostFaults, TheDelegateOfTheMomentIsTold) {
-  start();
-  deliver(song_);
-  const auto other = std::make_shared<test::RecordedDelegate>();
-  lirvox_->setDelegate(other);
-  platform_.scheduler.run();
-  EXPECT_EQ(other->calls(), Calls{foundSong_});
-  start();
-  deliver(song_);
-  lirvox_->setDelegate(nullptr);
-  platform_.scheduler.run();
-  expectToWork();
-}
-
 TEST_F(HostFaults, ADelegateThatBlocksHoldsUpNobodyButTheNextOutcome) {
   const platform::Platform system = platform::systemPlatform();
   platform_.change([&](platform::Platform& services) {

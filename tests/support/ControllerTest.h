@@ -27,6 +27,8 @@ std::vector<QueryHash> queryHashes(const std::vector<std::int32_t>& words);
 /// by itself, in virtual time. Each test leaves the controller idle and unset.
 class ControllerTest : public testing::Test {
  protected:
+  using Calls = std::vector<RecordedDelegate::Call>;
+
   ControllerTest();
   ~ControllerTest() override;
 
@@ -38,6 +40,8 @@ class ControllerTest : public testing::Test {
   /// Delivers samples as the microphone does.
   void deliver(const std::int32_t* words, std::size_t count);
   void deliver(const std::vector<std::int32_t>& words) { deliver(words.data(), words.size()); }
+  /// What the delegate is told of a capture that hears just this.
+  Calls outcomeOf(const std::vector<std::int32_t>& words);
   /// Runs tasks up to the one that ends the capture.
   void runUntilLimit();
 
