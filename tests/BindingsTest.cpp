@@ -23,7 +23,8 @@ class Bindings : public ::testing::Test {
 };
 
 TEST_F(Bindings, ServeAHostInC) {
-  const Finished host = folder_.shell("LIRVOX_API_URL=http://127.0.0.1:1 " LIRVOX_C_HOST " \"$PWD\"");
+  const Finished host =
+      folder_.shell("LIRVOX_API_URL=http://127.0.0.1:1 " LIRVOX_C_HOST " \"$PWD\"");
   EXPECT_EQ(host.status, 0) << host.output;
 }
 

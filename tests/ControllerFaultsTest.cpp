@@ -6,9 +6,9 @@
 #include <gtest/gtest.h>
 
 #include "lib/audio/LirvoxAudioUtilities.h"
-#include "lib/platform/MemoryAudioUnit.h"
 #include "tests/support/ControllerTest.h"
 #include "tests/support/Faults.h"
+#include "tests/support/ScriptedAudio.h"
 
 namespace lirvox {
 namespace {
@@ -16,35 +16,6 @@ namespace {
 using namespace std::chrono_literals;
 using test::Failing;
 using test::FaultsPaused;
-using Calls = std::vector<test::RecordedDelegate::Call>;
-using Unit = platform::MemoryAudioUnit;
-using Format = platform::AudioStreamBasicDescription;
-
-// Every operation counts, and its failure has a status.
-class FaultyUnit : public Unit {
- public:
-  FaultyUnit() : Unit(nullptr) {}
-  platform::AudioStatus enableInput() override { return tried(Unit::enableInput()); }
-  platform::AudioStatus inputStreamFormat(Format& format) override {
-    return tried(Unit::inputStreamFormat(format));
-  }
-  platform::AudioStatus setClientStreamFormat(const Format& format) override {
-    return tried(Unit::setClientStreamFormat(format));
-  }
-  platform::AudioStatus setDeliveredStreamFormat(const Format& format) override {
-    return tried(Unit::setDeliveredStreamFormat(format));
-  }
-  platform::AudioStatus initialize() override { return tried(Unit::initialize()); }
-  platform::AudioStatus uninitialize() override { return tried(Unit::uninitialize()); }
-  // The test delivers: no thread of the unit's does.
-  platform::AudioStatus start() override { return tried(platform::audioNoError); }
-  platform::AudioStatus stop() override { return tried(platform::audioNoError); }
-
- private:
-  static platform::AudioStatus tried(platform::AudioStatus status) {
-    return test::faultIsDue() ? platform::audioStateError : status;
-  }
-};
 
 class ControllerFaults : public test::ControllerTest {
  protected:
@@ -53,8 +24,8 @@ class ControllerFaults : public test::ControllerTest {
   ControllerFaults() {
     LirvoxAudioUtilities::shouldExitOnCheckResultFail = false;
     platform_.change([](platform::Platform& services) {
-      services.makeInputUnit = [](platform::AudioStatus&) {
-        return std::make_unique<FaultyUnit>();
+      services.makeInputUnit = [script = std::make_shared<test::AudioScript>()](auto&) {
+        return std::make_unique<test::ScriptedUnit>(script);
       };
     });
     install();

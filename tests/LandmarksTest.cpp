@@ -9,7 +9,7 @@
 #include "lib/Filter.h"
 #include "lib/LirvoxUtilities.h"
 #include "lib/PeakPicking.h"
-#include "tests/support/Signals.h"
+#include "tests/support/Tune.h"
 
 namespace lirvox {
 

@@ -229,7 +229,7 @@ class Soak : public test::ControllerTest {
   const std::shared_ptr<test::AudioScript> script_ = std::make_shared<test::AudioScript>();
   bool isOn_ = false;
   bool endsInterruptionWhileStopping_ = false;
-  const std::vector<std::int32_t> unknown_ = test::piece(test::kSamplesOfCapture, 3);
+  const std::vector<std::int32_t> unknown_ = test::makeTune(3, 5.0);
   const std::vector<const std::vector<std::int32_t>*> pieces_ = {&song_, &other_, &unknown_};
 
   const std::filesystem::path live_ = platform_.folder.path("caches/lirvox/db1.sqlite");

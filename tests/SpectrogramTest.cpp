@@ -10,7 +10,7 @@
 #include "lib/LirvoxMiniSpectogram.h"
 #include "lib/LirvoxUtilities.h"
 #include "lib/ProcessingPass.h"
-#include "tests/support/Signals.h"
+#include "tests/support/Tune.h"
 
 namespace lirvox {
 namespace {

@@ -13,6 +13,7 @@
 #include "lib/platform/linux/CurlHttpSession.h"
 #include "tests/LoopbackServer.h"
 #include "tests/ZipBytes.h"
+#include "tests/support/LocalService.h"
 #include "tests/support/TestPlatform.h"
 #include "tools/UpdateWatch.h"
 
@@ -271,20 +272,14 @@ TEST_F(UpdateTest, LocalArchivesHoldTheDatabaseAtTheirTop) {
   EXPECT_EQ(readFile(live()), "x") << "a damaged archive does not touch the live database";
 }
 
-// Hands the completion over, to be called too late.
-struct LateSession : platform::HttpSession {
-  void startDataTask(const std::string&, DataCompletion completion) override { *data = completion; }
-  void startDownloadTask(const std::string&, DownloadCompletion) override { ADD_FAILURE(); }
-  std::shared_ptr<DataCompletion> data = std::make_shared<DataCompletion>();
-};
-
 TEST_F(UpdateTest, ASessionThatIsGoneEndsTheUpdate) {
-  auto session = std::make_shared<LateSession>();
-  const auto data = session->data;
+  const auto queue = platform_.scheduler.queue();
+  auto session = std::make_shared<LocalService>(queue, platform_.folder.path("download"));
+  session->publish("g", "archive");
   lirvox_->setSession(std::move(session));
   lirvox_->downloadDatabaseIfNeeded([](bool) { ADD_FAILURE(); });
   lirvox_->setSession(nullptr);
-  (*data)(goodReply("g"), {200}, std::nullopt);
+  platform_.scheduler.run();  // the answer comes too late
   EXPECT_EQ(lirvox_->dtDbGenerated(), std::nullopt);
 }
 

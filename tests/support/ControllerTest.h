@@ -11,8 +11,8 @@
 #include <gtest/gtest.h>
 
 #include "RecordedDelegate.h"
-#include "Signals.h"
 #include "TestPlatform.h"
+#include "Tune.h"
 #include "lib/Lirvox.h"
 
 namespace lirvox::test {
@@ -53,8 +53,8 @@ class ControllerTest : public testing::Test {
   TestPlatform platform_;
   /// "start " and "stop " for every time the input was told so.
   std::string unitLog_;
-  const std::vector<std::int32_t> song_ = piece(kSamplesOfCapture);
-  const std::vector<std::int32_t> other_ = piece(kSamplesOfCapture, 2);
+  const std::vector<std::int32_t> song_ = makeTune(1, 5.0);
+  const std::vector<std::int32_t> other_ = makeTune(2, 5.0);
   const std::shared_ptr<Lirvox> lirvox_ = Lirvox::sharedInstance();
   const std::shared_ptr<RecordedDelegate> delegate_ = std::make_shared<RecordedDelegate>();
   /// What the delegate hears of them when no virtual time has passed.
