@@ -1,14 +1,9 @@
 // The library from other languages: a host in C, and the example in Python.
-#include <filesystem>
 #include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
 
-#include "catalog/Pack.h"
-#include "tests/support/Command.h"
-#include "tests/support/TemporaryFolder.h"
-#include "tests/support/Tune.h"
+#include "tests/support/MusicFolder.h"
 
 namespace lirvox::test {
 namespace {
@@ -17,38 +12,28 @@ namespace {
 class Bindings : public ::testing::Test {
  protected:
   void SetUp() override {
-    std::filesystem::create_directory(folder_.path("music"));
-    std::vector<std::int32_t> tune;
-    for (const unsigned seed : {1U, 3U, 2U}) {
-      tune = makeTune(seed, 20.0);
-      writeWav(path("music/tune" + std::to_string(seed) + ".wav"), tune);
-    }
-    const std::vector<std::int32_t> excerpt(tune.begin() + 82688, tune.begin() + 82688 + 55125);
-    writeRecording(path("excerpt.dat"), excerpt);
-    writeWav(path("excerpt.wav"), excerpt);
-    const Finished index =
-        runCommand(LIRVOX_PROGRAM " index -d " + path("tracks.sqlite") + ' ' + path("music"));
-    ASSERT_EQ(index.status, 0) << index.output;
-    catalog::pack(path("tracks.sqlite"), path("tracks.zip"));
+    writeRecording(folder_.path("excerpt.dat"), excerptOf(2, 7.5));
+    writeWav(folder_.path("excerpt.wav"), excerptOf(2, 7.5));
+    const Finished made = folder_.run("index -d tracks.sqlite music && " LIRVOX_PROGRAM
+                                      " pack -d tracks.sqlite -o tracks.zip");
+    ASSERT_EQ(made.status, 0) << made.output;
   }
 
-  std::string path(const std::string& name) const { return folder_.path(name).string(); }
-
-  TemporaryFolder folder_;
+  const MusicFolder folder_{20.0};
 };
 
 TEST_F(Bindings, ServeAHostInC) {
   const Finished host =
-      runCommand("LIRVOX_API_URL=http://127.0.0.1:1 " LIRVOX_C_HOST " " + path("."));
+      folder_.shell("LIRVOX_API_URL=http://127.0.0.1:1 " LIRVOX_C_HOST " \"$PWD\"");
   EXPECT_EQ(host.status, 0) << host.output;
 }
 
 #ifdef LIRVOX_PYTHON_EXAMPLE
 TEST_F(Bindings, RecognizeAFileFromPython) {
-  for (const char* const file : {"excerpt.wav", "excerpt.dat"}) {
-    const Finished example =
-        runCommand("LIRVOX_C_LIBRARY=" LIRVOX_C_LIBRARY " python3 " LIRVOX_PYTHON_EXAMPLE " -d " +
-                   path("tracks.sqlite") + ' ' + path(file));
+  for (const std::string file : {"excerpt.wav", "excerpt.dat"}) {
+    const Finished example = folder_.shell("LIRVOX_C_LIBRARY=" LIRVOX_C_LIBRARY
+                                           " python3 " LIRVOX_PYTHON_EXAMPLE " -d tracks.sqlite " +
+                                           file);
     EXPECT_EQ(example.output.rfind("track 2 at 7.5", 0), 0U) << example.output;
   }
 }

@@ -1,13 +1,14 @@
 // Captures and replays while memory, queues, timers and the sound of the system fail.
 #include <chrono>
+#include <new>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "lib/audio/LirvoxAudioUtilities.h"
-#include "lib/platform/MemoryAudioUnit.h"
 #include "tests/support/ControllerTest.h"
 #include "tests/support/Faults.h"
+#include "tests/support/ScriptedAudio.h"
 
 namespace lirvox {
 namespace {
@@ -15,35 +16,6 @@ namespace {
 using namespace std::chrono_literals;
 using test::Failing;
 using test::FaultsPaused;
-using Calls = std::vector<test::RecordedDelegate::Call>;
-using Unit = platform::MemoryAudioUnit;
-using Format = platform::AudioStreamBasicDescription;
-
-// Every operation counts, and its failure has a status.
-class FaultyUnit : public Unit {
- public:
-  FaultyUnit() : Unit(nullptr) {}
-  platform::AudioStatus enableInput() override { return tried(Unit::enableInput()); }
-  platform::AudioStatus inputStreamFormat(Format& format) override {
-    return tried(Unit::inputStreamFormat(format));
-  }
-  platform::AudioStatus setClientStreamFormat(const Format& format) override {
-    return tried(Unit::setClientStreamFormat(format));
-  }
-  platform::AudioStatus setDeliveredStreamFormat(const Format& format) override {
-    return tried(Unit::setDeliveredStreamFormat(format));
-  }
-  platform::AudioStatus initialize() override { return tried(Unit::initialize()); }
-  platform::AudioStatus uninitialize() override { return tried(Unit::uninitialize()); }
-  // The test delivers: no thread of the unit's does.
-  platform::AudioStatus start() override { return tried(platform::audioNoError); }
-  platform::AudioStatus stop() override { return tried(platform::audioNoError); }
-
- private:
-  static platform::AudioStatus tried(platform::AudioStatus status) {
-    return test::faultIsDue() ? platform::audioStateError : status;
-  }
-};
 
 class ControllerFaults : public test::ControllerTest {
  protected:
@@ -52,8 +24,8 @@ class ControllerFaults : public test::ControllerTest {
   ControllerFaults() {
     LirvoxAudioUtilities::shouldExitOnCheckResultFail = false;
     platform_.change([](platform::Platform& services) {
-      services.makeInputUnit = [](platform::AudioStatus&) {
-        return std::make_unique<FaultyUnit>();
+      services.makeInputUnit = [script = std::make_shared<test::AudioScript>()](auto&) {
+        return std::make_unique<test::ScriptedUnit>(script);
       };
     });
     install();
@@ -105,6 +77,24 @@ TEST_F(ControllerFaults, EveryReplayIsAnsweredAndTheNextCaptureWorks) {
                 }),
             100);
   testing::internal::GetCapturedStderr();
+}
+
+TEST_F(ControllerFaults, ACopyThatFailsLeavesTheCaptureAlone) {
+  start();
+  deliver(song_.data(), 5000);
+  bool isCopied = false;
+  const auto copy = [&] {
+    isCopied = false;
+    try {
+      isCopied = lirvox_->bufferAudioData().has_value();
+    } catch (const std::bad_alloc&) {
+    }
+  };
+  EXPECT_GT(test::failEach(Failing::once, copy, [] {}), 0);
+  EXPECT_TRUE(isCopied);
+  lirvox_->stopRecognize();
+  platform_.scheduler.run();
+  EXPECT_FALSE(lirvox_->bufferAudioData());
 }
 
 TEST_F(ControllerFaults, WithoutAnyMemoryNothingStaysBehind) {

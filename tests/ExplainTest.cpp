@@ -1,8 +1,4 @@
 // lirvox explain and plot: they tell what lirvox recognize does.
-#include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -31,13 +27,6 @@ class Explain : public ::testing::Test {
   static std::string path(const std::string& name) { return folder_->path(name); }
   static Finished run(const std::string& arguments) { return folder_->run(arguments); }
 
-  // Five seconds of a tune.
-  static Samples excerpt(unsigned seed, double from) {
-    const Samples tune = makeTune(seed, 20.0);
-    const auto begin = tune.begin() + static_cast<std::ptrdiff_t>(from * 11025);
-    return {begin, begin + 55125};
-  }
-
   static MusicFolder* folder_;
 };
 
@@ -51,11 +40,11 @@ TEST_F(Explain, GivesTheAnswerOfRecognizeWithItsReason) {
     const char* options;
     const char* reason;
   } cases[] = {
-      {excerpt(2, 7.5), "", "stands-out"},
-      {excerpt(2, 7.5), "--min-votes 100000", "too-few-votes"},
-      {excerpt(2, 7.5), "--seconds 0.2", "too-short"},
-      {excerpt(1, 0.0), "--start 3 --min-votes 1", "stands-out"},
-      {excerpt(4, 6.0), "", "nobody-silences"},
+      {excerptOf(2, 7.5), "", "stands-out"},
+      {excerptOf(2, 7.5), "--min-votes 100000", "too-few-votes"},
+      {excerptOf(2, 7.5), "--seconds 0.2", "too-short"},
+      {excerptOf(1, 0.0), "--start 3 --min-votes 1", "stands-out"},
+      {excerptOf(4, 6.0), "", "nobody-silences"},
       {makeTune(99, 5.0), "", "too-few-votes"},
       {Samples(55125), "", "silence"},
       {click, "", "no-landmarks"},
@@ -86,16 +75,16 @@ TEST_F(Explain, DrawsWhateverIsInAFileAndTellsTheAnswerToo) {
     const char* begins;  // the picture, "" for none
     const char* says;
   } cases[] = {
-      {excerpt(2, 7.5), "-d db -o a.png", 0, "\x89PNG", "excerpt.dat: tune2 at 0:07 ("},
-      {excerpt(4, 6.0), "-d db -o b.svg", 0, "<?xml", "Lied für Ελένη 雪"},
-      {excerpt(2, 7.5), "-d db --start 2 -o c.pdf", 0, "%PDF", "from 0:02: tune2 at 0:09"},
-      {excerpt(2, 7.5), "-o d.png", 0, "\x89PNG", "excerpt.dat\n"},
+      {excerptOf(2, 7.5), "-d db -o a.png", 0, "\x89PNG", "excerpt.dat: tune2 at 0:07 ("},
+      {excerptOf(4, 6.0), "-d db -o b.svg", 0, "<?xml", "Lied für Ελένη 雪"},
+      {excerptOf(2, 7.5), "-d db --start 2 -o c.pdf", 0, "%PDF", "from 0:02: tune2 at 0:09"},
+      {excerptOf(2, 7.5), "-o d.png", 0, "\x89PNG", "excerpt.dat\n"},
       {Samples(55125), "-d db -o e.png", 0, "\x89PNG", "not recognized"},
       {Samples(1000), "-d db -o f.png", 0, "\x89PNG", "not recognized"},
       {{}, "-d db -o g.png", 3, "", "no audio"},
-      {excerpt(2, 7.5), "-d db -o h.gif", 2, "", "h.gif: a picture's name ends in"},
-      {excerpt(2, 7.5), "-d none -o i.png", 4, "", "none: no database"},
-      {excerpt(2, 7.5), "-d db -o missing/j.png", 3, "", "missing/j.png: No such file"},
+      {excerptOf(2, 7.5), "-d db -o h.gif", 2, "", "h.gif: a picture's name ends in"},
+      {excerptOf(2, 7.5), "-d none -o i.png", 4, "", "none: no database"},
+      {excerptOf(2, 7.5), "-d db -o missing/j.png", 3, "", "missing/j.png: No such file"},
   };
   for (const auto& [samples, arguments, status, begins, says] : cases) {
     writeRecording(path("excerpt.dat"), samples);
@@ -103,8 +92,7 @@ TEST_F(Explain, DrawsWhateverIsInAFileAndTellsTheAnswerToo) {
     EXPECT_EQ(plotted.status, status) << arguments;
     EXPECT_NE(plotted.output.find(says), std::string::npos) << arguments << plotted.output;
     const std::string name = std::string(arguments).substr(std::string(arguments).rfind(' ') + 1);
-    std::ifstream file(path(name), std::ios::binary);
-    const std::string picture(std::istreambuf_iterator<char>(file), {});
+    const std::string picture = readFile(path(name));
     EXPECT_EQ(picture.empty(), !*begins) << arguments;
     EXPECT_EQ(picture.rfind(begins, 0), 0U) << arguments;
   }

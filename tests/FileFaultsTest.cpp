@@ -15,6 +15,7 @@
 #include "tests/support/ControllerTest.h"
 #include "tests/support/Faults.h"
 #include "tests/support/FingerprintFile.h"
+#include "tests/support/LocalService.h"
 
 namespace lirvox {
 namespace {
@@ -23,33 +24,6 @@ using test::contents;
 using test::FaultsPaused;
 using test::readFile;
 using test::writeFile;
-
-// A network that is the test's: every request may fail, and completions run at once.
-class PromptSession : public platform::HttpSession {
- public:
-  PromptSession(std::string reply, std::string archive, std::filesystem::path temporary)
-      : reply_(std::move(reply)), archive_(std::move(archive)), temporary_(std::move(temporary)) {}
-
-  void startDataTask(const std::string&, DataCompletion completion) override {
-    if (test::faultIsDue()) return completion("", {}, LirvoxError{"network", 1, "down"});
-    completion(reply_, {200}, std::nullopt);
-  }
-  void startDownloadTask(const std::string&, DownloadCompletion completion) override {
-    if (test::faultIsDue()) return completion("", {}, LirvoxError{"network", 1, "down"});
-    {
-      const FaultsPaused own;
-      writeFile(temporary_, archive_);
-    }
-    completion(temporary_, {200}, std::nullopt);
-    const FaultsPaused own;
-    std::filesystem::remove(temporary_);
-  }
-
- private:
-  const std::string reply_;
-  const std::string archive_;
-  const std::filesystem::path temporary_;
-};
 
 class FileFaults : public test::ControllerTest, public testing::WithParamInterface<test::Failing> {
  protected:
@@ -107,9 +81,10 @@ TEST_P(FileFaults, AnUpdateLeavesAWholeDatabaseOrNoneAndTheNextOneHeals) {
   const std::string archive = test::zipBytes({{.name = "home/service.example/www/tmp/db1.sqlite",
                                                .data = std::string(100'000, 'n'),
                                                .deflated = true}});
-  lirvox_->setSession(std::make_shared<PromptSession>(
-      R"({"Result": "OK", "dt": "g", "url": "http://service.example/"})", archive,
-      platform_.folder.path("download")));
+  const auto service = std::make_shared<test::LocalService>(platform_.scheduler.queue(),
+                                                            platform_.folder.path("download"));
+  service->publish("g", archive);
+  lirvox_->setSession(service);
   const std::string live = LirvoxSettings::databasePath();
   const std::string whole(100'000, 'n');
   std::vector<bool> answers;
@@ -118,6 +93,7 @@ TEST_P(FileFaults, AnUpdateLeavesAWholeDatabaseOrNoneAndTheNextOneHeals) {
       const FaultsPaused own;
       answers.push_back(good);
     });
+    platform_.scheduler.run();
   };
   const auto prepare = [&] {
     writeFile(live, "old");

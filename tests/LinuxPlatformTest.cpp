@@ -1,9 +1,8 @@
-// The folders and the log of the system.
+// The folders, the log and the user defaults of the system.
 #include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
 #include <pwd.h>
@@ -11,6 +10,9 @@
 
 #include "lib/LirvoxSettings.h"
 #include "lib/platform/Platform.h"
+#include "lib/platform/linux/JsonUserDefaults.h"
+#include "tests/support/RecordedLog.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace lirvox::platform {
 namespace {
@@ -18,34 +20,24 @@ namespace {
 using Variables = std::map<std::string, std::string>;
 
 // Sets the variables that folders depend on; those not named are taken away.
-class Environment {
- public:
-  explicit Environment(const Variables& variables) {
-    for (const char* const name : {"LIRVOX_CACHES_DIR", "XDG_CACHE_HOME", "HOME"}) {
-      if (const char* const value = std::getenv(name)) before_[name] = value;
-      const auto wanted = variables.find(name);
-      wanted == variables.end() ? ::unsetenv(name) : ::setenv(name, wanted->second.c_str(), 1);
-    }
+void setEnvironment(const Variables& variables) {
+  for (const char* const name : {"LIRVOX_CACHES_DIR", "XDG_CACHE_HOME", "HOME"}) {
+    const auto wanted = variables.find(name);
+    wanted == variables.end() ? ::unsetenv(name) : ::setenv(name, wanted->second.c_str(), 1);
   }
-  ~Environment() {
-    for (const char* const name : {"LIRVOX_CACHES_DIR", "XDG_CACHE_HOME", "HOME"}) ::unsetenv(name);
-    for (const auto& [name, value] : before_) ::setenv(name.c_str(), value.c_str(), 1);
-  }
-
- private:
-  Variables before_;
-};
+}
 
 TEST(LinuxDirectories, FollowTheEnvironment) {
   const std::string home = ::getpwuid(::getuid())->pw_dir;
-  struct Case {
+  const std::string here = std::filesystem::current_path();
+  const struct {
     Variables variables;
-    std::string application;
+    const char* application;
     std::string caches;
-  };
-  const std::vector<Case> cases = {
+  } cases[] = {
       {{{"LIRVOX_CACHES_DIR", "/c"}, {"XDG_CACHE_HOME", "/x"}, {"HOME", "/h"}}, "app", "/c"},
       {{{"LIRVOX_CACHES_DIR", "/c/d//"}}, "app", "/c/d"},
+      {{{"LIRVOX_CACHES_DIR", "relative"}}, "app", here + "/relative"},
       {{{"LIRVOX_CACHES_DIR", "~/c"}, {"HOME", "/h"}}, "app", "/h/c"},
       {{{"LIRVOX_CACHES_DIR", ""}, {"XDG_CACHE_HOME", "/x"}, {"HOME", "/h"}}, "app", "/x/app"},
       {{{"XDG_CACHE_HOME", "/x/"}}, "app", "/x/app"},
@@ -54,22 +46,11 @@ TEST(LinuxDirectories, FollowTheEnvironment) {
       {{}, "app", home + "/.cache/app"},
   };
   for (const auto& [variables, application, caches] : cases) {
-    const Environment environment(variables);
-    const auto directories = systemPlatform(application).directories;
-    EXPECT_EQ(directories->cachesDirectory(), caches);
+    setEnvironment(variables);
+    install(systemPlatform(application));
+    EXPECT_EQ(current()->directories->cachesDirectory(), caches);
+    EXPECT_EQ(LirvoxSettings::databasePath(), caches + "/lirvox/db1.sqlite");
   }
-}
-
-TEST(LinuxDirectories, ResolveARelativeFolderOnce) {
-  const Environment environment(Variables{{"LIRVOX_CACHES_DIR", "caches"}});
-  EXPECT_EQ(systemPlatform().directories->cachesDirectory(),
-            std::filesystem::current_path() / "caches");
-}
-
-TEST(Settings, PutTheDatabaseIntoTheCachesDirectory) {
-  const Environment environment(Variables{{"LIRVOX_CACHES_DIR", "/c"}});
-  install(systemPlatform());
-  EXPECT_EQ(LirvoxSettings::databasePath(), "/c/lirvox/db1.sqlite");
 }
 
 TEST(StandardErrorLog, WritesSingleLines) {
@@ -78,6 +59,57 @@ TEST(StandardErrorLog, WritesSingleLines) {
   log("one");
   log("two");
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "one\ntwo\n");
+}
+
+class UserDefaultsTest : public testing::Test {
+ protected:
+  const test::TemporaryFolder folder_;
+  const std::string path_ = folder_.path("made/when/missing/defaults.json");
+  const std::shared_ptr<test::RecordedLog> log_ = test::recordLog();
+};
+
+TEST_F(UserDefaultsTest, ValuesReachOtherProcessesOnceSynchronizedAndLeaveTheirsAlone) {
+  JsonUserDefaults ours(path_);
+  JsonUserDefaults theirs(path_);
+  ours.setString("2026-05-04 \"x\"", "stamp");
+  EXPECT_EQ(ours.stringForKey("stamp"), "2026-05-04 \"x\"");
+  EXPECT_EQ(theirs.stringForKey("stamp"), std::nullopt);
+  EXPECT_TRUE(ours.synchronize());
+  EXPECT_EQ(theirs.stringForKey("stamp"), "2026-05-04 \"x\"");
+
+  test::writeFile(path_, R"({"stamp": "1", "number": 7})");
+  theirs.setString("2", "other");
+  EXPECT_TRUE(theirs.synchronize());
+  EXPECT_EQ(ours.stringForKey("stamp"), "1");
+  EXPECT_EQ(ours.stringForKey("number"), std::nullopt) << "no string";
+  EXPECT_NE(test::readFile(path_).find('7'), std::string::npos);
+}
+
+TEST_F(UserDefaultsTest, DamagedFilesCountAsEmptyAndAreKeptAside) {
+  for (const std::string& damaged :
+       {std::string("{\"stamp\": \"cut"), std::string("[1]"), std::string(),
+        std::string(1000000, '['),
+        "{\"a\": " + std::string(200000, '[') + std::string(200000, ']') + "}",
+        "{\"stamp\": \"" + std::string(17 << 20, 'x') + "\"}"}) {
+    test::writeFile(path_, damaged);
+    JsonUserDefaults defaults(path_);
+    EXPECT_EQ(defaults.stringForKey("stamp"), std::nullopt);
+    EXPECT_EQ(log_->lines().back(),
+              "User defaults are damaged and were moved to " + path_ + ".damaged");
+    EXPECT_EQ(test::readFile(path_ + ".damaged"), damaged);
+    defaults.setString("new", "stamp");
+    EXPECT_TRUE(defaults.synchronize());
+    EXPECT_EQ(JsonUserDefaults(path_).stringForKey("stamp"), "new");
+  }
+}
+
+TEST_F(UserDefaultsTest, AFailureToStoreIsReportedAndTheValueStays) {
+  test::writeFile(folder_.path("made"), "a file where a folder should be");
+  JsonUserDefaults defaults(path_);
+  defaults.setString("new", "stamp");
+  EXPECT_FALSE(defaults.synchronize());
+  EXPECT_TRUE(log_->has("could not be stored"));
+  EXPECT_EQ(defaults.stringForKey("stamp"), "new");
 }
 
 }  // namespace

@@ -17,28 +17,29 @@ namespace lirvox {
 namespace {
 
 using namespace std::chrono_literals;
-using Calls = std::vector<test::RecordedDelegate::Call>;
 using Words = std::vector<std::int32_t>;
 
 constexpr std::size_t kBlock = 2560;
 constexpr std::size_t kLimit = test::kSamplesOfCapture;
 using test::queryHashes;
 
-class Controller : public test::ControllerTest {};
+class Controller : public test::ControllerTest {
+ protected:
+  LirvoxError error_;
+};
 
 TEST_F(Controller, StartsNothingWithoutADatabaseFile) {
-  LirvoxError error;
-  EXPECT_FALSE(lirvox_->canRecognize(error));
-  EXPECT_EQ(error.domain, "Lirvox");
-  EXPECT_EQ(error.code, 201);
-  EXPECT_EQ(error.localizedDescription, "No database file");
+  EXPECT_FALSE(lirvox_->canRecognize(error_));
+  EXPECT_EQ(error_.domain, "Lirvox");
+  EXPECT_EQ(error_.code, 201);
+  EXPECT_EQ(error_.localizedDescription, "No database file");
   lirvox_->startRecognize();
   EXPECT_FALSE(lirvox_->isRecording());
   EXPECT_EQ(unitLog_, "");
   install();
-  error = {};
-  EXPECT_TRUE(lirvox_->canRecognize(error));
-  EXPECT_EQ(error.code, 0);
+  error_ = {};
+  EXPECT_TRUE(lirvox_->canRecognize(error_));
+  EXPECT_EQ(error_.code, 0);
 }
 
 TEST_F(Controller, RecognizesWhatItHears) {
@@ -173,14 +174,12 @@ TEST_F(Controller, CancelsARunningCapture) {
     EXPECT_EQ(lirvox_->historyInfo()->frameCount0(), 0);
     unitLog_.clear();
   }
+  lirvox_->saveCurrentBufferToFile();
+  EXPECT_FALSE(std::filesystem::exists(platform_.folder.path("caches/soundLirvox.dat")));
   EXPECT_EQ(trace.takeStatements(), std::vector<std::string>());
   EXPECT_EQ(delegate_->calls(), Calls());
-  // Nothing of it is left in the next capture.
-  start();
+  EXPECT_EQ(outcomeOf(song_), Calls{foundSong_}) << "nothing of it is left in the next capture";
   EXPECT_FALSE(lirvox_->stopNow());
-  deliver(song_);
-  platform_.scheduler.run();
-  EXPECT_EQ(delegate_->calls(), Calls{foundSong_});
 }
 
 TEST_F(Controller, CannotCancelACaptureThatHasItsLength) {
@@ -233,24 +232,15 @@ TEST_F(Controller, AnswersACaptureThatTheNextOneOverlaps) {
   start();
   deliver(other_);
   lirvox_->stopRecognize();
-  start();
-  deliver(song_);
-  platform_.scheduler.run();
-  EXPECT_EQ(delegate_->takeCalls(), Calls{foundSong_});
+  EXPECT_EQ(outcomeOf(song_), Calls{foundSong_});
 }
 
 TEST_F(Controller, FindsNothingInSilenceOrWithoutADatabase) {
   install();
-  start();
-  deliver(Words(kLimit));
-  platform_.scheduler.run();
-  EXPECT_EQ(delegate_->takeCalls(), Calls{{}});
+  EXPECT_EQ(outcomeOf(Words(kLimit)), Calls{{}});
   lirvox_->setDatabase(nullptr);
   EXPECT_FALSE(lirvox_->databaseInfo());
-  start();
-  deliver(song_);
-  platform_.scheduler.run();
-  EXPECT_EQ(delegate_->takeCalls(), Calls{{}});
+  EXPECT_EQ(outcomeOf(song_), Calls{{}});
 }
 
 TEST_F(Controller, EndsACaptureEarlyWhenIsRecordingIsSetFalse) {
@@ -296,34 +286,54 @@ TEST_F(Controller, DropsACaptureWhenStopNowIsSet) {
   EXPECT_EQ(delegate_->calls(), Calls());
 }
 
-TEST_F(Controller, ReplaysARecordingAndThenListens) {
-  const std::string saved = platform_.folder.path("caches/soundLirvox.dat");
-  install();
-  start();
-  deliver(song_);
-  lirvox_->saveCurrentBufferToFile();
-  lirvox_->stopRecognize();
-  platform_.scheduler.run();
-  test::writeFile(platform_.folder.path("resources/soundLirvox.dat"), test::readFile(saved));
-  std::filesystem::remove(saved);
-  lirvox_->saveCurrentBufferToFile();
-  EXPECT_FALSE(std::filesystem::exists(saved)) << "nothing is held any more";
-  // After a cancellation nothing is delivered; the live start takes that back.
-  for (const Calls& expected : {Calls(), Calls{{7, 46.4399109F, 50.4399109F}}}) {
+TEST_F(Controller, ReplaysARecordingInFourSecondsAndListensTwoLaterIfThereIsADatabase) {
+  const struct {
+    std::size_t bytes;  // of the song; 0 for no recording
+    bool isCancelled;   // nothing is delivered then; the live start takes that back
+    Calls told;
+  } cases[] = {{0, false, {{}}},
+               {0, false, {{}}},
+               {10239, false, {{}}},
+               {220500, true, {}},
+               {215040, false, {{7, 46.4399109F, 50.4399109F}}}};
+  for (const auto& [bytes, isCancelled, told] : cases) {
+    SCOPED_TRACE(bytes);
+    const bool hasDatabase = lirvox_->canRecognize(error_);
+    if (bytes > 0) {
+      test::writeFile(platform_.folder.path("resources/soundLirvox.dat"),
+                      {reinterpret_cast<const char*>(song_.data()), bytes});
+    }
+    lirvox_->setStopNow(isCancelled);
     lirvox_->startRecognizeFromFile();
     platform_.scheduler.advance(4s - 1ns);
-    EXPECT_EQ(samplesOf(lirvox_->processedBuffer()), expected.empty() ? 0 : 21 * kBlock);
+    EXPECT_EQ(samplesOf(lirvox_->processedBuffer()), bytes == 215040 ? 21 * kBlock : 0);
     EXPECT_EQ(delegate_->calls(), Calls());
     platform_.scheduler.advance(1ns);
-    EXPECT_EQ(delegate_->takeCalls(), expected);
+    EXPECT_EQ(delegate_->takeCalls(), told);
     platform_.scheduler.advance(2s - 1ns);
     EXPECT_FALSE(lirvox_->isRecording());
     platform_.scheduler.advance(1ns);
-    EXPECT_TRUE(lirvox_->isRecording() && lirvox_->microphone() && !lirvox_->stopNow());
-    deliver(other_);
+    EXPECT_EQ(lirvox_->isRecording(), hasDatabase);
+    if (hasDatabase) deliver(other_);
     platform_.scheduler.run();
-    EXPECT_EQ(delegate_->takeCalls(), Calls{foundOther_});
+    EXPECT_EQ(delegate_->takeCalls(), hasDatabase ? Calls{foundOther_} : Calls());
+    if (!hasDatabase) install();
   }
+}
+
+TEST_F(Controller, EndsTheLiveCaptureThatRunsWhenItReplaysAndAnswersBoth) {
+  install();
+  start();
+  deliver(other_.data(), kLimit - 1);
+  test::writeFile(platform_.folder.path("resources/soundLirvox.dat"),
+                  {reinterpret_cast<const char*>(song_.data()), 4 * kLimit});
+  lirvox_->startRecognizeFromFile();
+  platform_.scheduler.run();
+  EXPECT_EQ(delegate_->takeCalls(), Calls{foundOther_});
+  platform_.scheduler.advance(4s);
+  EXPECT_EQ(delegate_->takeCalls().at(0).trackId, 7);
+  platform_.scheduler.advance(2s);
+  EXPECT_TRUE(lirvox_->isRecording());
 }
 
 // A delegate that listens on until it has heard three outcomes.

@@ -27,8 +27,6 @@ extern "C" const char* __tsan_default_suppressions() {
 namespace lirvox {
 namespace {
 
-using Calls = std::vector<test::RecordedDelegate::Call>;
-
 class ControllerThreads : public test::ControllerTest {
  protected:
   ControllerThreads() {

@@ -1,53 +1,29 @@
 // The lirvox program, run as its users run it.
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include "tests/support/Command.h"
-#include "tests/support/TemporaryFolder.h"
-#include "tests/support/Tune.h"
+#include "tests/support/MusicFolder.h"
 
 namespace lirvox::test {
 namespace {
 
 class Program : public ::testing::Test {
  protected:
-  void SetUp() override {
-    std::filesystem::create_directory(path("music"));
-    for (unsigned seed = 1; seed <= 3; ++seed) {
-      tunes_.push_back(makeTune(seed, 20.0));
-      writeWav(path("music/tune" + std::to_string(seed) + ".wav"), tunes_.back());
-    }
-    std::ofstream(path("music/cover.txt")) << "no music in here";
-  }
+  Program() { writeFile(path("music/cover.txt"), "no music in here"); }
 
-  std::string path(const std::string& name) const { return folder_.path(name).string(); }
+  std::string path(const std::string& name) const { return folder_.path(name); }
+  Finished run(const std::string& arguments) const { return folder_.run(arguments); }
 
-  // Runs the program in the folder, with a caches directory of its own.
-  Finished run(const std::string& arguments) const {
-    const std::string command = "cd '" + folder_.path().string() + "' && LIRVOX_CACHES_DIR='" +
-                                folder_.path().string() + "/caches' " LIRVOX_PROGRAM " " +
-                                arguments;
-    return runCommand(command);
-  }
-
-  // Samples [from, from + 5 s) of a tune, as a recording.
-  void writeExcerpt(const std::string& name, std::size_t tune, double from) const {
-    const auto begin = tunes_[tune].begin() + static_cast<std::ptrdiff_t>(from * 11025);
-    writeRecording(path(name), {begin, begin + 55125});
-  }
-
-  TemporaryFolder folder_;
-  std::vector<std::vector<std::int32_t>> tunes_;
+  const MusicFolder folder_{20.0};
 };
 
 TEST_F(Program, RecognizesWhatItHasIndexed) {
   ASSERT_EQ(run("index music").status, 0);
-  writeExcerpt("excerpt.dat", 1, 7.5);
+  writeRecording(path("excerpt.dat"), excerptOf(2, 7.5));
   const Finished text = run("recognize excerpt.dat");
   EXPECT_EQ(text.status, 0);
   EXPECT_EQ(text.output.rfind("excerpt.dat: tune2 at 0:07 (", 0), 0U) << text.output;
@@ -84,7 +60,7 @@ TEST_F(Program, SkipsWhatIsUnchangedAndReplacesWhatHasChanged) {
 
   writeWav(path("music/tune2.wav"), makeTune(77, 20.0));
   EXPECT_NE(run("index music").output.find("1 track added"), std::string::npos);
-  writeExcerpt("old.dat", 1, 7.5);
+  writeRecording(path("old.dat"), excerptOf(2, 7.5));
   EXPECT_EQ(run("recognize old.dat").status, 1);
   EXPECT_NE(run("recognize music/tune2.wav").output.find(": tune2 at 0:00"), std::string::npos);
   EXPECT_NE(run("info").output.find("Video id's: 1,2,3\n"), std::string::npos);
@@ -95,11 +71,7 @@ TEST_F(Program, KeepsACatalogueAndAsksBeforeItLosesAnything) {
   ASSERT_EQ(run("index -d b.sqlite music/tune3.wav").status, 0);
   std::filesystem::copy(path("music/tune1.wav"), path("copy.wav"));
   ASSERT_EQ(run("index -d c.sqlite copy.wav").status, 0);
-  const struct {
-    const char* arguments;
-    int status;
-    const char* says;
-  } cases[] = {
+  const std::vector<Expectation> cases = {
       {"merge -o all.sqlite a.sqlite b.sqlite c.sqlite", 0, "4 tracks"},
       {"merge -o all.sqlite a.sqlite < /dev/null", 2, "--yes"},
       {"merge -o all.sqlite a.sqlite none < /dev/null", 4, "none: no database there"},
@@ -117,20 +89,12 @@ TEST_F(Program, KeepsACatalogueAndAsksBeforeItLosesAnything) {
       {"list -d none.sqlite", 4, "none.sqlite: no database there"},
       {"verify -d music/tune1.wav", 4, "damages of the file"},
   };
-  for (const auto& [arguments, status, says] : cases) {
-    const Finished result = run(arguments);
-    EXPECT_EQ(result.status, status) << arguments << '\n' << result.output;
-    EXPECT_NE(result.output.find(says), std::string::npos) << arguments << '\n' << result.output;
-  }
+  expectEach(cases, [&](const std::string& arguments) { return run(arguments); });
 }
 
 TEST_F(Program, ExitStatusTellsWhatWentWrong) {
-  std::ofstream(path("text.sqlite")) << "this is no database, however long it may be";
-  const struct {
-    const char* arguments;
-    int status;
-    const char* says;
-  } cases[] = {
+  writeFile(path("text.sqlite"), "this is no database, however long it may be");
+  const std::vector<Expectation> cases = {
       {"--help", 0, "lirvox index"},
       {"", 2, "a command is required"},
       {"frobnicate", 2, "frobnicate: no such command"},
@@ -146,13 +110,8 @@ TEST_F(Program, ExitStatusTellsWhatWentWrong) {
       {"recognize -d full.sqlite music/tune1.wav music/cover.txt", 3, "music/cover.txt"},
       {"fingerprint music/cover.txt", 3, "music/cover.txt"},
   };
-  for (const auto& [arguments, status, says] : cases) {
-    const Finished result = run(arguments);
-    EXPECT_EQ(result.status, status) << arguments << '\n' << result.output;
-    EXPECT_NE(result.output.find(says), std::string::npos) << arguments << '\n' << result.output;
-  }
-  std::ifstream untouched(path("text.sqlite"));
-  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(untouched), {}).rfind("this is no", 0), 0U);
+  expectEach(cases, [&](const std::string& arguments) { return run(arguments); });
+  EXPECT_EQ(readFile(path("text.sqlite")).rfind("this is no", 0), 0U) << "untouched";
 }
 
 }  // namespace

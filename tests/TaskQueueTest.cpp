@@ -60,7 +60,8 @@ TEST_F(SystemQueues, RunDelayedTasksWhenTheyAreDueAndLogWhatTheyThrow) {
     std::string order;
     std::promise<void> last;
     const auto start = std::chrono::steady_clock::now();
-    queue->after(40ms, [&] {
+    queue->after(-1h, [&] { order += 'a'; });
+    queue->after(200ms, [&] {
       order += 'c';
       last.set_value();
     });
@@ -68,12 +69,11 @@ TEST_F(SystemQueues, RunDelayedTasksWhenTheyAreDueAndLogWhatTheyThrow) {
       order += 'b';
       throw std::runtime_error("too late");
     });
-    queue->after(-1h, [&] { order += 'a'; });
     queue->after(std::chrono::nanoseconds::max(), [&] { order += 'z'; });
     const auto waker = queue->makeWaker([] { throw 7; });
     waker->wake();
     last.get_future().wait();
-    EXPECT_GE(std::chrono::steady_clock::now() - start, 40ms);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, 200ms);
     EXPECT_EQ(order, "abc");
   }
   EXPECT_TRUE(platform_.log->has("A task ended with an exception: too late"));

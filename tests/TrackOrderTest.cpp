@@ -1,7 +1,6 @@
 // The order of the tracks: it shows the vote the track that is heard, and only that.
 #include <algorithm>
 #include <numeric>
-#include <ostream>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -73,49 +72,41 @@ std::vector<TrackVotes> noise(int count) {
 // Two votes in the window of the first of the copies.
 const std::vector<TrackVotes> hiderOfFirst = {{999, {{100, 2}}}};
 
-struct Case {
-  const char* name;
-  std::vector<TrackVotes> tracks;
-  std::int32_t firstHitAnswer;
-  std::int32_t chosenAnswer;
-};
-
-void PrintTo(const Case& one, std::ostream* out) {
-  *out << one.name;
+TEST(TrackOrder, MakesTheVoteAnswerRight) {
+  const struct {
+    const char* what;
+    std::vector<TrackVotes> tracks;
+    std::int32_t firstHitAnswer;
+    std::int32_t chosenAnswer;
+  } cases[] = {
+      {"no tracks", {}, 0, 0},
+      {"a count at the minimum", {{1, {{10, 30}}}}, 0, 0},
+      {"a count above the minimum", {{1, {{10, 31}}}}, 1, 1},
+      {"two late votes hide many", {{1, {{10, 177}}}, {2, {{10, 2}}}}, 0, 1},
+      {"votes in the window hide too", {{1, {{10, 177}}}, {2, {{8, 2}}}}, 0, 1},
+      {"votes of several add up to another text",
+       {{1, {{10, 140}}}, {2, {{10, 2}}}, {3, {{10, 2}}}, {4, {{10, 1}}}},
+       0,
+       1},
+      {"nine hide more and need a front",
+       {{1, {{10, 120}}}, {2, {{10, 9}}}, {3, {{500, 12}}}},
+       0,
+       1},
+      {"a loop heard elsewhere", {{1, {{10, 100}, {50, 99}}}, {2, {{50, 4}}}}, 2, 1},
+      {"many tracks share a later place",
+       {{1, {{10, 130}}}, {2, {{90, 4}}}, {3, {{90, 4}}}, {4, {{90, 124}, {10, 2}}}},
+       4,
+       1},
+      {"nobody stands out", copies(4, 40) + noise(1), 1, 0},
+      {"five copies among noise", copies(5, 120) + noise(20) + hiderOfFirst, 0, 1},
+      {"a copy with another text", {{1, {{10, 120}}}, {2, {{10, 97}}}}, 2, 2},
+  };
+  for (const auto& [what, tracks, firstHitAnswer, chosenAnswer] : cases) {
+    const HitsByTrack hits(passOf(tracks));
+    EXPECT_EQ(answer(hits, firstHitFirst(hits)), firstHitAnswer) << what;
+    EXPECT_EQ(answer(hits, chooseTrackOrder(hits, kMinimum).tracks), chosenAnswer) << what;
+  }
 }
-
-class TrackOrder : public testing::TestWithParam<Case> {};
-
-TEST_P(TrackOrder, MakesTheVoteAnswerRight) {
-  const HitsByTrack hits(passOf(GetParam().tracks));
-  EXPECT_EQ(answer(hits, firstHitFirst(hits)), GetParam().firstHitAnswer);
-  EXPECT_EQ(answer(hits, chooseTrackOrder(hits, kMinimum).tracks), GetParam().chosenAnswer);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Passes, TrackOrder,
-    testing::Values(
-        Case{"NoTracks", {}, 0, 0}, Case{"CountAtTheMinimum", {{1, {{10, 30}}}}, 0, 0},
-        Case{"CountAboveTheMinimum", {{1, {{10, 31}}}}, 1, 1},
-        Case{"TwoLateVotesHideMany", {{1, {{10, 177}}}, {2, {{10, 2}}}}, 0, 1},
-        Case{"VotesInTheWindowHideToo", {{1, {{10, 177}}}, {2, {{8, 2}}}}, 0, 1},
-        Case{"VotesOfSeveralAddUpToAnotherText",
-             {{1, {{10, 140}}}, {2, {{10, 2}}}, {3, {{10, 2}}}, {4, {{10, 1}}}},
-             0,
-             1},
-        Case{"NineHideMoreAndNeedAFront",
-             {{1, {{10, 120}}}, {2, {{10, 9}}}, {3, {{500, 12}}}},
-             0,
-             1},
-        Case{"ALoopHeardElsewhere", {{1, {{10, 100}, {50, 99}}}, {2, {{50, 4}}}}, 2, 1},
-        Case{"ManyTracksShareALaterPlace",
-             {{1, {{10, 130}}}, {2, {{90, 4}}}, {3, {{90, 4}}}, {4, {{90, 124}, {10, 2}}}},
-             4,
-             1},
-        Case{"NobodyStandsOut", copies(4, 40) + noise(1), 1, 0},
-        Case{"FiveCopiesAmongNoise", copies(5, 120) + noise(20) + hiderOfFirst, 0, 1},
-        Case{"ACopyWithAnotherText", {{1, {{10, 120}}}, {2, {{10, 97}}}}, 2, 2}),
-    [](const auto& entry) { return std::string(entry.param.name); });
 
 // A pass as music makes them: a heard track with one strong place, others with chance
 // votes, many of them where others have theirs.
@@ -138,36 +129,27 @@ HitsByTrack randomPass(std::mt19937& random) {
   return HitsByTrack(passOf(tracks));
 }
 
-TEST(TrackOrderProperties, EveryOrderHoldsEveryTrackOnceAndDependsOnNothingElse) {
-  std::mt19937 random(1);
-  std::mt19937 same(1);
-  for (int i = 0; i < 300; ++i) {
-    const HitsByTrack hits = randomPass(random);
-    std::vector<std::size_t> order = chooseTrackOrder(hits, kMinimum).tracks;
-    EXPECT_EQ(order, chooseTrackOrder(randomPass(same), kMinimum).tracks);
-    std::sort(order.begin(), order.end());
-    EXPECT_EQ(order, firstHitFirst(hits));
-  }
-}
-
-TEST(TrackOrderProperties, FoundOrdersKeepWhatTheyPromise) {
+TEST(TrackOrder, HoldsEveryTrackOnceDependsOnNothingElseAndKeepsWhatItPromises) {
   std::mt19937 random(2);
+  std::mt19937 same(2);
   int strong = 0;
   int served = 0;
   int silent = 0;
   for (int i = 0; i < 2000; ++i) {
     const HitsByTrack hits = randomPass(random);
+    std::vector<std::size_t> chosen = chooseTrackOrder(hits, kMinimum).tracks;
+    EXPECT_EQ(chosen, chooseTrackOrder(randomPass(same), kMinimum).tracks);
+    std::sort(chosen.begin(), chosen.end());
+    EXPECT_EQ(chosen, firstHitFirst(hits));
+
     const TrackStatistics statistics(hits);
     const auto order = LeaderPlans(hits, statistics, kMinimum).find();
-    if (order) {
-      EXPECT_EQ(answer(hits, *order), hits.tracks()[statistics.leader()].id.intValue()) << i;
-    }
+    const auto silentOrder = findSilentOrder(hits, statistics, kMinimum);
+    const std::int32_t leader = hits.tracks()[statistics.leader()].id.intValue();
+    EXPECT_EQ(order ? answer(hits, *order) : leader, leader) << i;
+    EXPECT_EQ(silentOrder ? answer(hits, *silentOrder) : 0, 0) << i;
     strong += statistics[statistics.leader()].count > kMinimum;
     served += order.has_value();
-    const auto silentOrder = findSilentOrder(hits, statistics, kMinimum);
-    if (silentOrder) {
-      EXPECT_EQ(answer(hits, *silentOrder), 0) << i;
-    }
     silent += silentOrder.has_value();
   }
   EXPECT_GT(strong, 1500);
@@ -176,7 +158,7 @@ TEST(TrackOrderProperties, FoundOrdersKeepWhatTheyPromise) {
 }
 
 // Every plan fails here: 2,000 tracks hide the leader, and nothing can go before it.
-TEST(TrackOrderWork, IsBoundedWhereNoOrderServes) {
+TEST(TrackOrder, TakesBoundedWorkWhereNoOrderServes) {
   std::vector<TrackVotes> tracks{{1, {{5, 300}}}};
   for (std::int32_t i = 0; i < 2000; ++i) {
     tracks.push_back({2 + i, {{5, 5 + i % 36}, {100 + 7 * i % 900, 30}}});

@@ -9,12 +9,8 @@ if(LIRVOX_SANITIZE)
   set_target_properties(CInterfaceHost PROPERTIES LINKER_LANGUAGE CXX)
 endif()
 
-lirvox_test(BindingsTest)
-target_link_libraries(BindingsTest PRIVATE lirvox_catalog)
-add_dependencies(BindingsTest CInterfaceHost lirvox_program)
-target_compile_definitions(BindingsTest PRIVATE
-  LIRVOX_PROGRAM="$<TARGET_FILE:lirvox_program>"
-  LIRVOX_C_HOST="$<TARGET_FILE:CInterfaceHost>")
+lirvox_test(BindingsTest PROGRAM DEFINITIONS LIRVOX_C_HOST="$<TARGET_FILE:CInterfaceHost>")
+add_dependencies(BindingsTest CInterfaceHost)
 if(NOT LIRVOX_SANITIZE)
   target_compile_definitions(BindingsTest PRIVATE
     LIRVOX_C_LIBRARY="$<TARGET_FILE:lirvox_c>"

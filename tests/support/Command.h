@@ -3,8 +3,11 @@
 
 #include <array>
 #include <cstdio>
+#include <functional>
 #include <string>
+#include <vector>
 
+#include <gtest/gtest.h>
 #include <sys/wait.h>
 
 namespace lirvox::test {
@@ -25,6 +28,22 @@ inline Finished runCommand(const std::string& command) {
   }
   run.status = WEXITSTATUS(::pclose(pipe));
   return run;
+}
+
+/// How a command must end, and what it must say.
+struct Expectation {
+  const char* command;
+  int status;
+  const char* says;
+};
+
+inline void expectEach(const std::vector<Expectation>& expectations,
+                       const std::function<Finished(const std::string&)>& run) {
+  for (const auto& [command, status, says] : expectations) {
+    const Finished finished = run(command);
+    EXPECT_EQ(finished.status, status) << command << '\n' << finished.output;
+    EXPECT_NE(finished.output.find(says), std::string::npos) << command << '\n' << finished.output;
+  }
 }
 
 }  // namespace lirvox::test

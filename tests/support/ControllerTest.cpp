@@ -79,6 +79,13 @@ void ControllerTest::deliver(const std::int32_t* words, std::size_t count) {
   lirvox_->hasAudioReceived(*lirvox_->microphone(), &channel, static_cast<std::uint32_t>(count), 1);
 }
 
+ControllerTest::Calls ControllerTest::outcomeOf(const std::vector<std::int32_t>& words) {
+  start();
+  deliver(words);
+  platform_.scheduler.run();
+  return delegate_->takeCalls();
+}
+
 void ControllerTest::runUntilLimit() {
   while (lirvox_->isRecording()) ASSERT_TRUE(platform_.scheduler.runOne());
 }

@@ -11,8 +11,8 @@
 #include <gtest/gtest.h>
 
 #include "RecordedDelegate.h"
-#include "Signals.h"
 #include "TestPlatform.h"
+#include "Tune.h"
 #include "lib/Lirvox.h"
 
 namespace lirvox::test {
@@ -27,6 +27,8 @@ std::vector<QueryHash> queryHashes(const std::vector<std::int32_t>& words);
 /// by itself, in virtual time. Each test leaves the controller idle and unset.
 class ControllerTest : public testing::Test {
  protected:
+  using Calls = std::vector<RecordedDelegate::Call>;
+
   ControllerTest();
   ~ControllerTest() override;
 
@@ -38,6 +40,8 @@ class ControllerTest : public testing::Test {
   /// Delivers samples as the microphone does.
   void deliver(const std::int32_t* words, std::size_t count);
   void deliver(const std::vector<std::int32_t>& words) { deliver(words.data(), words.size()); }
+  /// What the delegate is told of a capture that hears just this.
+  Calls outcomeOf(const std::vector<std::int32_t>& words);
   /// Runs tasks up to the one that ends the capture.
   void runUntilLimit();
 
@@ -49,8 +53,8 @@ class ControllerTest : public testing::Test {
   TestPlatform platform_;
   /// "start " and "stop " for every time the input was told so.
   std::string unitLog_;
-  const std::vector<std::int32_t> song_ = piece(kSamplesOfCapture);
-  const std::vector<std::int32_t> other_ = piece(kSamplesOfCapture, 2);
+  const std::vector<std::int32_t> song_ = makeTune(1, 5.0);
+  const std::vector<std::int32_t> other_ = makeTune(2, 5.0);
   const std::shared_ptr<Lirvox> lirvox_ = Lirvox::sharedInstance();
   const std::shared_ptr<RecordedDelegate> delegate_ = std::make_shared<RecordedDelegate>();
   /// What the delegate hears of them when no virtual time has passed.

@@ -9,6 +9,7 @@
 #include <string>
 #include <utility>
 
+#include "Faults.h"
 #include "TemporaryFolder.h"
 #include "lib/platform/HttpSession.h"
 #include "lib/platform/TaskQueue.h"
@@ -30,18 +31,26 @@ class LocalService : public platform::HttpSession {
   }
 
   void startDataTask(const std::string&, DataCompletion completion) override {
-    queue_->after(delay_, [completion, body = read(reply_)] { completion(body, {200}, {}); });
+    queue_->after(delay_, [completion, body = read(reply_)] {
+      faultIsDue() ? completion("", {}, kDown) : completion(body, {200}, {});
+    });
   }
   void startDownloadTask(const std::string&, DownloadCompletion completion) override {
     queue_->after(delay_, [completion, archive = read(archive_), location = download_] {
-      if (archive.empty()) return completion("", {}, LirvoxError{"network", 1, "down"});
-      writeFile(location, archive);
+      if (archive.empty() || faultIsDue()) return completion("", {}, kDown);
+      {
+        const FaultsPaused own;
+        writeFile(location, archive);
+      }
       completion(location, {200}, {});
+      const FaultsPaused own;
       std::filesystem::remove(location);
     });
   }
 
  private:
+  inline static const LirvoxError kDown{"network", 1, "down"};
+
   std::string read(const std::string& field) {
     const std::lock_guard lock(mutex_);
     return field;

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "tests/support/Command.h"
 #include "tests/support/TemporaryFolder.h"
@@ -23,14 +24,23 @@ class MusicFolder {
   std::string path(const std::string& name) const { return folder_.path(name).string(); }
 
   /// Runs the program there, with caches of its own.
-  Finished run(const std::string& arguments) const {
+  Finished run(const std::string& arguments) const { return shell(LIRVOX_PROGRAM " " + arguments); }
+  /// Runs any command there.
+  Finished shell(const std::string& command) const {
     const std::string folder = "'" + folder_.path().string() + "'";
-    return runCommand("cd " + folder + " && LIRVOX_CACHES_DIR=" + folder + "/caches " +
-                      LIRVOX_PROGRAM " " + arguments);
+    return runCommand("cd " + folder + " && export LIRVOX_CACHES_DIR=" + folder +
+                      "/caches LIRVOX_CONFIG_DIR=" + folder + "/config && " + command);
   }
 
  private:
   const TemporaryFolder folder_;
 };
+
+/// Five seconds of a tune that is 20 s long.
+inline std::vector<std::int32_t> excerptOf(unsigned seed, double from) {
+  const std::vector<std::int32_t> tune = makeTune(seed, 20.0);
+  const auto begin = tune.begin() + static_cast<std::ptrdiff_t>(from * 11025);
+  return {begin, begin + 55125};
+}
 
 }  // namespace lirvox::test

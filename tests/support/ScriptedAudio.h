@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "lib/platform/Platform.h"
+#include "tests/support/Faults.h"
 #include "tests/support/RecordedLog.h"
 
 namespace lirvox::test {
@@ -26,7 +27,9 @@ struct AudioScript {
   std::uint32_t maximumFrames = 1024;
   platform::AudioUnit::InputCallback callback;
 
-  AudioStatus answer(const std::string& call) {
+  AudioStatus answer(const char* call) {
+    if (faultIsDue()) return platform::audioStateError;
+    const FaultsPaused own;
     calls.push_back(call);
     return statuses[call];
   }

@@ -1,26 +1,15 @@
-// Music that tests make themselves.
+// Music and noise that tests make themselves.
 #include "tests/support/Tune.h"
 
-#include <algorithm>
-#include <cmath>
 #include <fstream>
 #include <random>
+
+#include "bench/ChipTune.h"
 
 namespace lirvox::test {
 namespace {
 
 constexpr std::uint32_t kRate = 11025;
-
-void addNote(std::vector<double>& mix, std::size_t start, std::size_t length, double frequency) {
-  const std::size_t end = std::min(mix.size(), start + length);
-  for (std::size_t i = start; i < end; ++i) {
-    const double t = static_cast<double>(i - start) / kRate;
-    for (int harmonic = 1; harmonic <= 4; ++harmonic) {
-      mix[i] += std::exp(-4.0 * t) / harmonic *
-                std::sin(2.0 * 3.141592653589793 * frequency * harmonic * t);
-    }
-  }
-}
 
 template <typename Integer>
 void put(std::ofstream& file, Integer value) {
@@ -32,16 +21,13 @@ void put(std::ofstream& file, Integer value) {
 }  // namespace
 
 std::vector<std::int32_t> makeTune(unsigned seed, double seconds) {
+  return bench::chipTune(seed, static_cast<std::size_t>(seconds * kRate));
+}
+
+std::vector<float> noise(std::size_t count, std::uint32_t seed) {
   std::mt19937 random(seed);
-  std::vector<double> mix(static_cast<std::size_t>(seconds * kRate));
-  for (std::size_t start = 0; start < mix.size(); start += 600 + random() % 1800) {
-    // Plain arithmetic on the generator's words: distributions differ between libraries.
-    addNote(mix, start, kRate, 110.0 * std::exp2(static_cast<double>(random() % 48) / 12.0));
-  }
-  std::vector<std::int32_t> samples(mix.size());
-  std::transform(mix.begin(), mix.end(), samples.begin(), [](double value) {
-    return static_cast<std::int32_t>(std::clamp(value * 6000.0, -32768.0, 32767.0));
-  });
+  std::vector<float> samples(count);
+  for (float& sample : samples) sample = static_cast<float>(random() >> 16U) / 32768.0F - 1.0F;
   return samples;
 }
 

@@ -1,4 +1,4 @@
-// From powers to peaks, stage by stage.
+// From spectrograms to hashes, stage by stage.
 #include <algorithm>
 #include <cmath>
 #include <ostream>
@@ -6,16 +6,23 @@
 
 #include <gtest/gtest.h>
 
+#include "lib/Filter.h"
+#include "lib/LirvoxUtilities.h"
 #include "lib/PeakPicking.h"
-#include "tests/support/Signals.h"
+#include "tests/support/Tune.h"
 
 namespace lirvox {
 
 void PrintTo(const Peak& peak, std::ostream* out) {
   *out << '(' << peak.frame << ' ' << peak.bin << ')';
 }
+void PrintTo(const Landmark& mark, std::ostream* out) {
+  *out << '(' << mark.t1 << ' ' << mark.f1 << ' ' << mark.f2 << ' ' << mark.dt << ')';
+}
 
 namespace {
+
+using Values = std::vector<double>;
 
 struct Value {
   std::int32_t frame;
@@ -29,6 +36,33 @@ Spectrogram spectrogram(std::int32_t frames, const std::vector<Value>& values) {
   result.appendFrames(frames);
   for (const auto& [frame, bin, value] : values) result.frame(frame)[bin] = value;
   return result;
+}
+
+void expectNear(const Values& values, const Values& expected) {
+  ASSERT_EQ(values.size(), expected.size());
+  for (std::size_t i = 0; i < values.size(); ++i) EXPECT_NEAR(values[i], expected[i], 1e-14) << i;
+}
+
+TEST(Lfilter, LetsChangesThroughAndForgetsThemSlowlyOfEachSignalByItself) {
+  // An impulse, a step, and a neighbour that is not filtered.
+  Values work = {1, 3, 100, 0, 3, 200, 0, 3, 300};
+  lfilter(work.data(), 3, work.data(), 3, 2);
+  expectNear(work, {1, 3, 100, -0.02, 2.94, 200, -0.0196, 2.8812, 300});
+}
+
+TEST(DoFilt, NormalisesCoefficientsAndKeepsItsStateBetweenCalls) {
+  Values b = {2, 1, 0.5};
+  Values a = {2, -1, 0.5};
+  Values state(2);
+  const Values impulse = {1, 9, 0, 9, 0, 9, 0, 9, 0, 9};  // every other value is not the signal's
+  Values output(5);
+  do_filt(b.data(), a.data(), impulse.data(), output.data(), state.data(), 3, 2, 16, 8);
+  do_filt(b.data(), a.data(), impulse.data() + 4, output.data() + 2, state.data(), 3, 3, 16, 8);
+  expectNear(output, {1, 1, 0.5, 0, -0.125});
+  b = {6};
+  a = {4};
+  do_filt(b.data(), a.data(), impulse.data(), output.data(), nullptr, 1, 2, 8, 8);
+  expectNear({output[0], output[1]}, {1.5, 13.5});
 }
 
 TEST(ScaleToDensity, CountsAllBinsTwiceButTheFirstAndTheLast) {
@@ -50,15 +84,6 @@ TEST(TakeLogarithm, SpansAMillionAndRemovesTheMean) {
   EXPECT_EQ(values[5], values[256]);
   // A millionth everywhere but for two values above it.
   EXPECT_NEAR(values[0], -(std::log(1e6) + std::log(1e2)) / 257, 1e-12);
-}
-
-TEST(TakeLogarithm, TakesNoneOfSilence) {
-  Spectrogram specgram = spectrogram(2, {});
-  takeLogarithm(specgram);
-  EXPECT_EQ(specgram.values(), std::vector<double>(2 * 257, 0.0));
-  Spectrogram empty;
-  takeLogarithm(empty);
-  EXPECT_TRUE(empty.values().empty());
 }
 
 TEST(PickPeaks, FollowsTheMaskingThreshold) {
@@ -115,10 +140,67 @@ TEST(FindPeaks, IsBlindToScaleAndFindsNothingInSilence) {
   const std::vector<Peak> peaks = findPeaks(power);
   EXPECT_GT(peaks.size(), 60U);
   EXPECT_EQ(findPeaks(louder), peaks);
-  Spectrogram silence = spectrogram(60, {});
-  EXPECT_TRUE(findPeaks(silence).empty());
-  Spectrogram empty;
-  EXPECT_TRUE(findPeaks(empty).empty());
+  for (const std::int32_t frames : {0, 60}) {
+    Spectrogram silence = spectrogram(frames, {});
+    EXPECT_TRUE(findPeaks(silence).empty());
+    takeLogarithm(silence);
+    EXPECT_EQ(silence.values(), Values(silence.values().size(), 0.0)) << "takes none of it";
+  }
+}
+
+std::vector<Landmark> pair(const std::vector<Peak>& peaks) {
+  return LirvoxUtilities::peaks2landmarks(peaks.data(), static_cast<std::int32_t>(peaks.size()));
+}
+
+TEST(Peaks2landmarks, PairsAnchorsWithLaterPeaksNearby) {
+  struct Case {
+    const char* what;
+    std::vector<Peak> peaks;
+    std::vector<Landmark> landmarks;
+  };
+  const std::vector<Case> cases = {
+      {"no peaks", {}, {}},
+      {"one peak", {{0, 10}}, {}},
+      {"30 bins up", {{0, 10}, {2, 40}}, {{0, 10, 40, 2}}},
+      {"31 bins up", {{0, 10}, {2, 41}}, {}},
+      {"30 bins down", {{5, 255}, {7, 225}}, {{5, 255, 225, 2}}},
+      {"31 bins down", {{5, 255}, {7, 224}}, {}},
+      {"same frame", {{0, 10}, {0, 12}}, {}},
+      {"next frame", {{0, 10}, {1, 12}}, {}},
+      {"62 frames on", {{0, 10}, {62, 12}}, {{0, 10, 12, 62}}},
+      {"63 frames on", {{0, 10}, {63, 12}}, {}},
+      {"three targets at most, frame by frame, then bin by bin",
+       {{0, 50}, {2, 49}, {2, 51}, {3, 50}, {4, 50}},
+       {{0, 50, 49, 2}, {0, 50, 51, 2}, {0, 50, 50, 3}, {2, 49, 50, 2}, {2, 51, 50, 2}}},
+      {"peaks out of reach use no target up",
+       {{0, 50}, {2, 90}, {3, 10}, {3, 50}, {4, 51}, {5, 52}},
+       {{0, 50, 50, 3}, {0, 50, 51, 4}, {0, 50, 52, 5}, {3, 50, 52, 2}}},
+      {"anchors of one frame share targets",
+       {{8, 3}, {8, 4}, {10, 5}},
+       {{8, 3, 5, 2}, {8, 4, 5, 2}}},
+  };
+  for (const Case& c : cases) EXPECT_EQ(pair(c.peaks), c.landmarks) << c.what;
+  const Peak peak{0, 10};
+  EXPECT_TRUE(LirvoxUtilities::peaks2landmarks(&peak, -1).empty());
+}
+
+TEST(Landmarks2hashes, FoldsBinsAndDistancesIntoTwentyBits) {
+  struct Case {
+    Landmark landmark;
+    QueryHash hash;
+  };
+  const std::vector<Case> cases = {
+      {{0, 10, 40, 2}, {0, 42882}},
+      {{7, 0, 0, 2}, {7, 0x00002}},
+      {{9, 1, 0, 5}, {9, 0x01FC5}},    // -1 is 63
+      {{3, 30, 0, 62}, {3, 0x1E8BE}},  // -30 is 34
+      {{100000, 255, 225, 62}, {100000, 0xFF8BE}},
+      {{4, 225, 255, 3}, {4, 0xE1783}},
+  };
+  for (const auto& [landmark, hash] : cases) {
+    const std::vector<QueryHash> hashes = LirvoxUtilities::landmarks2hashes({landmark, landmark});
+    EXPECT_EQ(hashes, (std::vector<QueryHash>{hash, hash})) << hashes.at(0).hash;
+  }
 }
 
 }  // namespace
