@@ -1,6 +1,7 @@
 // Requests to the system that fail, one after the other.
 #include "tests/support/Faults.h"
 
+#include <atomic>
 #include <filesystem>
 #include <iterator>
 #include <string>
@@ -12,9 +13,11 @@ namespace lirvox::test {
 namespace {
 
 // Requests until the one that fails; 0 when none will, -1 when all do.
-thread_local int countdown = 0;
-thread_local int struck = 0;
-thread_local Failing kind = Failing::once;
+std::atomic<int> countdown{0};
+std::atomic<int> struck{0};
+std::atomic<int> afterwards{0};
+// Whether this is the thread on which `failEach` runs.
+thread_local bool counts = false;
 
 std::ptrdiff_t openDescriptors() {
   return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
@@ -23,17 +26,23 @@ std::ptrdiff_t openDescriptors() {
 }  // namespace
 
 bool faultIsDue() noexcept {
-  if (countdown == 0) return false;
-  if (countdown > 0 && --countdown > 0) return false;
+  return counts && faultOfAnyThreadIsDue();
+}
+
+bool faultOfAnyThreadIsDue() noexcept {
+  int left = countdown.load();
+  while (left > 0 &&
+         !countdown.compare_exchange_weak(left, left == 1 ? afterwards.load() : left - 1))
+    continue;
+  if (left == 0 || left > 1) return false;
   ++struck;
-  if (kind == Failing::onwards) countdown = -1;
   return true;
 }
 
-FaultsPaused::FaultsPaused() : countdown_(std::exchange(countdown, 0)) {}
+FaultsPaused::FaultsPaused() : counts_(std::exchange(counts, false)) {}
 
 FaultsPaused::~FaultsPaused() {
-  countdown = countdown_;
+  counts = counts_;
 }
 
 int failEach(Failing failing, const std::function<void()>& operation,
@@ -41,10 +50,12 @@ int failEach(Failing failing, const std::function<void()>& operation,
   for (int n = 1;; ++n) {
     const testing::ScopedTrace trace("", 0, "request " + std::to_string(n));
     const std::ptrdiff_t descriptors = n == 1 ? 0 : openDescriptors();
-    kind = failing;
+    afterwards = failing == Failing::onwards ? -1 : 0;
     struck = 0;
     countdown = n;
+    counts = true;
     operation();
+    counts = false;
     countdown = 0;
     check();
     EXPECT_TRUE(n == 1 || openDescriptors() == descriptors) << "a descriptor stays open";

@@ -16,8 +16,10 @@ inline void PrintTo(Failing failing, std::ostream* out) {
 /// Counts a request to the system; true when it is to fail. Only requests of the thread on
 /// which `failEach` runs count, and only while its operation runs.
 bool faultIsDue() noexcept;
+/// The same for a request of any thread.
+bool faultOfAnyThreadIsDue() noexcept;
 
-/// While it lives, requests do not count: those of the test itself.
+/// While it lives, requests of this thread do not count: those of the test itself.
 class FaultsPaused {
  public:
   FaultsPaused();
@@ -26,7 +28,7 @@ class FaultsPaused {
   FaultsPaused& operator=(const FaultsPaused&) = delete;
 
  private:
-  const int countdown_;
+  const bool counts_;
 };
 
 /// Runs `operation` again and again, with its first request failing, then its second, and

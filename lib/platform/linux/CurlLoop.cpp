@@ -1,6 +1,7 @@
 // The thread that moves the transfers of one session forward.
 #include "lib/platform/linux/CurlLoop.h"
 
+#include <chrono>
 #include <mutex>
 #include <new>
 #include <utility>
@@ -17,7 +18,9 @@ namespace {
 
 // Time-outs are noticed this late at most.
 constexpr int kTickInMilliseconds = 100;
-constexpr int kIdleInMilliseconds = 60'000;
+// So is a new transfer, or the end of the session, when libcurl cannot be woken: for want of
+// descriptors or memory.
+constexpr int kIdleInMilliseconds = 1000;
 
 CURLM* makeMulti() {
   static std::once_flag initialized;
@@ -47,8 +50,8 @@ CurlLoop::~CurlLoop() {
 
 void CurlLoop::add(const std::shared_ptr<CurlLoop>& loop, std::unique_ptr<CurlTransfer> transfer) {
   const MutexLock lock(loop->mutex_);
-  loop->added_.push_back(std::move(transfer));
   if (!loop->thread_.joinable()) loop->thread_ = startWithoutSignals([loop] { loop->run(); });
+  loop->added_.push_back(std::move(transfer));
   curl_multi_wakeup(loop->multi_);
 }
 
@@ -77,7 +80,9 @@ void CurlLoop::run() {
     curl_multi_perform(multi_, &running);
     runLogged([this] { finishDone(); });
     const int wait = running_.empty() ? kIdleInMilliseconds : kTickInMilliseconds;
-    curl_multi_poll(multi_, nullptr, 0, wait, nullptr);
+    if (curl_multi_poll(multi_, nullptr, 0, wait, nullptr) != CURLM_OK) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(kTickInMilliseconds));
+    }
   }
   for (auto& [handle, transfer] : running_) curl_multi_remove_handle(multi_, handle);
   running_.clear();

@@ -9,9 +9,9 @@
 namespace lirvox::platform {
 namespace {
 
-void startQuietly(pa_threaded_mainloop* loop) {
+bool startQuietly(pa_threaded_mainloop* loop) {
   const BlockedSignals quiet;
-  pa_threaded_mainloop_start(loop);
+  return pa_threaded_mainloop_start(loop) >= 0;
 }
 
 }  // namespace
@@ -74,7 +74,7 @@ bool PulseConnection::connect(const std::string& server) {
       [](pa_context*, void* self) { static_cast<PulseConnection*>(self)->stateChanged(); }, this);
   const char* const name = server.empty() ? nullptr : server.c_str();
   if (pa_context_connect(context_, name, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0) return false;
-  startQuietly(loop_);
+  if (!startQuietly(loop_)) return false;
   {
     const auto deadline = std::chrono::steady_clock::now() + patience;
     const MutexLock lock(mutex_);
@@ -119,7 +119,8 @@ bool PulseConnection::isUp() const {
 
 std::string PulseConnection::lastError() const {
   const Lock lock(*this);
-  return pa_strerror(pa_context_errno(context_));
+  const int error = pa_context_errno(context_);
+  return error == PA_OK ? "No answer" : pa_strerror(error);
 }
 
 bool PulseConnection::ask(const std::function<pa_operation*(pa_context*)>& request) {

@@ -1,0 +1,127 @@
+// Requests to a service and captures from a sound server while what libcurl and libpulse ask of the
+// system fails, one after the other.
+#include <chrono>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "lib/platform/Platform.h"
+#include "lib/platform/PulseAudio.h"
+#include "lib/platform/linux/CurlHttpSession.h"
+#include "tests/LoopbackServer.h"
+#include "tests/support/Faults.h"
+#include "tests/support/PulseServer.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace lirvox {
+namespace {
+
+using test::Event;
+
+struct Reply {
+  std::string body;
+  std::optional<LirvoxError> error;
+};
+
+Reply get(platform::HttpSession& session, const std::string& url) {
+  Event done;
+  Reply reply;
+  session.startDataTask(
+      url, [&](const std::string& body, const platform::HttpResponse&, const auto& error) {
+        reply = {body, error};
+        done.set();
+      });
+  EXPECT_TRUE(done.wait()) << "no end";
+  return reply;
+}
+
+class ConnectionFaults : public testing::TestWithParam<test::Failing> {};
+
+TEST_P(ConnectionFaults, ARequestEndsAndTheNextOneGetsThrough) {
+  ::setenv("no_proxy", "*", 1);
+  const test::TemporaryFolder folder;
+  const std::string body(100'000, 'x');
+  std::optional<test::LoopbackServer> server;
+  std::optional<platform::CurlHttpSession> session;
+  const auto operation = [&] {
+    server.emplace([&](const auto&, const test::Connection& to) { to.reply(200, body); });
+    platform::HttpSessionConfiguration configuration;
+    configuration.timeoutForRequest = std::chrono::seconds(2);
+    session.emplace(configuration, platform::current()->makeSerialQueue("test"),
+                    folder.path("tmp"));
+    const Reply reply = get(*session, server->url());
+    EXPECT_NE(reply.error.has_value(), reply.body == body);
+  };
+  const auto check = [&] {
+    EXPECT_TRUE(get(*session, server->url()).body == body);
+    const auto before = std::chrono::steady_clock::now();
+    session.reset();
+    EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(10));
+    server.reset();
+  };
+  EXPECT_GT(test::failEach(GetParam(), operation, check), 8);
+}
+
+// Hears when a capture has delivered, or has been interrupted.
+struct Listener : platform::AudioSessionObserver {
+  void audioSessionWasInterrupted(const platform::AudioSessionInterruption&) override {
+    interrupted = true;
+    over.set();
+  }
+  void audioSessionRouteChanged() override {}
+
+  std::atomic<bool> interrupted{false};
+  Event over;
+};
+
+// Whether anything was delivered. Ends in any case, with a failure, an interruption or a delivery.
+bool capture(const platform::Platform& platform) {
+  const auto listener = std::make_shared<Listener>();
+  platform.audioSession->addObserver(listener);
+  platform::AudioStatus status = platform::audioNoError;
+  const auto unit = platform.makeInputUnit(status);
+  unit->setDeliveredStreamFormat(platform::interleavedPcm(11025, 1, 32));
+  unit->setInputCallback([listener](auto&, const auto&, auto, auto) {
+    listener->over.set();
+    return platform::audioNoError;
+  });
+  const bool started =
+      unit->initialize() == platform::audioNoError && unit->start() == platform::audioNoError;
+  EXPECT_TRUE(!started || listener->over.wait()) << "neither sound nor an interruption";
+  unit->stop();
+  return started && !listener->interrupted;
+}
+
+TEST_P(ConnectionFaults, ACaptureEndsAndTheNextOneHears) {
+  if (!test::PulseServer::isInstalled()) GTEST_SKIP() << "no pulseaudio, pactl or paplay here";
+  // libpulse forgets to close what the server has sent for shared memory when a connection ends
+  // just then.
+  const test::TemporaryFolder folder;
+  test::writeFile(folder.path("client.conf"), "enable-shm = no\n");
+  ::setenv("PULSE_CLIENTCONFIG", folder.path("client.conf").c_str(), 1);
+  const test::PulseServer server;
+  platform::Platform platform = platform::systemPlatform();
+  platform::usePulseAudio(platform, {"lirvox-test", "Test", server.address(), ""});
+  Event queueRuns;  // and has its descriptors
+  platform::current()->mainQueue->async([&] { queueRuns.set(); });
+  EXPECT_TRUE(queueRuns.wait());
+  const auto operation = [&] { capture(platform); };
+  const auto check = [&] {
+    EXPECT_TRUE(capture(platform));
+    EXPECT_EQ(platform.audioSession->availableInputs().size(), 2U);
+    LirvoxError error;
+    platform.audioSession->setActive(false, error);
+  };
+  EXPECT_GT(test::failEach(GetParam(), operation, check), 20);
+  platform::install(platform::systemPlatform());  // the queue ends with what it still holds
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, ConnectionFaults,
+                         testing::Values(test::Failing::once, test::Failing::onwards),
+                         testing::PrintToStringParamName());
+
+}  // namespace
+}  // namespace lirvox

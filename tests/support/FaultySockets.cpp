@@ -1,0 +1,81 @@
+// What libcurl and libpulse ask of the C library, which may fail. For the programs of single
+// tests: these come before the library's own, and fail for nobody but those two.
+#include <cerrno>
+#include <cstddef>
+#include <string_view>
+
+#include <dlfcn.h>
+
+extern "C" int isfdtype(int descriptor, int type);
+
+namespace lirvox::test {
+bool faultOfAnyThreadIsDue() noexcept;  // without what headers declare of the operations
+}
+
+namespace {
+
+constexpr auto npos = std::string_view::npos;
+
+template <typename Function>
+Function* realOne(const char* name) {
+  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+bool isOf(const char* library, const void* caller) {
+  Dl_info info;
+  return dladdr(caller, &info) != 0 && std::string_view(info.dli_fname).find(library) != npos;
+}
+
+// Servers in the same process are served well.
+bool fails(const void* caller) {
+  return (isOf("libcurl", caller) || isOf("libpulse", caller)) &&
+         lirvox::test::faultOfAnyThreadIsDue();
+}
+
+bool isSocket(int descriptor) {
+  constexpr int kSocketType = 0140000;
+  return isfdtype(descriptor, kSocketType) == 1;
+}
+
+}  // namespace
+
+#define FAULTY_IF(condition, result, name, parameters, arguments, failure, reason)  \
+  result name parameters {                                                          \
+    static auto* const real = realOne<result parameters>(#name);                    \
+    if (!(condition) || !fails(__builtin_return_address(0))) return real arguments; \
+    errno = reason;                                                                 \
+    return failure;                                                                 \
+  }
+#define FAULTY(...) FAULTY_IF(true, __VA_ARGS__)
+
+// Not among them: what a valid descriptor is never refused; what wakes a thread through a pipe; and
+// libpulse's `poll`, which only fails for want of the kernel's own memory: its thread then ends,
+// and nobody is told.
+#pragma GCC visibility push(default)
+extern "C" {
+using Size = std::size_t;
+FAULTY(int, socket, (int domain, int type, int protocol), (domain, type, protocol), -1, EMFILE)
+FAULTY(int, socketpair, (int domain, int type, int protocol, int* pair),
+       (domain, type, protocol, pair), -1, EMFILE)
+FAULTY(int, pipe, (int* pair), (pair), -1, EMFILE)
+FAULTY(int, pipe2, (int* pair, int flags), (pair, flags), -1, EMFILE)
+FAULTY(int, connect, (int socket, const void* address, unsigned size), (socket, address, size), -1,
+       ECONNREFUSED)
+FAULTY(long, recv, (int socket, void* bytes, Size count, int flags), (socket, bytes, count, flags),
+       -1, ECONNRESET)
+FAULTY(long, recvmsg, (int socket, void* message, int flags), (socket, message, flags), -1,
+       ECONNRESET)
+FAULTY_IF(isSocket(socket), long, send, (int socket, const void* bytes, Size count, int flags),
+          (socket, bytes, count, flags), -1, ECONNRESET)
+FAULTY(long, sendmsg, (int socket, const void* message, int flags), (socket, message, flags), -1,
+       ECONNRESET)
+FAULTY_IF(isOf("libcurl", __builtin_return_address(0)), int, poll,
+          (void* descriptors, unsigned long count, int milliseconds),
+          (descriptors, count, milliseconds), -1, ENOMEM)
+FAULTY(int, open64, (const char* path, int flags, unsigned mode), (path, flags, mode), -1, EMFILE)
+FAULTY(void*, fopen64, (const char* path, const char* mode), (path, mode), nullptr, EMFILE)
+FAULTY(int, pthread_create,
+       (unsigned long* thread, const void* attributes, void* (*function)(void*), void* argument),
+       (thread, attributes, function, argument), EAGAIN, EAGAIN)
+}
+#pragma GCC visibility pop
