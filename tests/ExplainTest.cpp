@@ -58,7 +58,7 @@ TEST_F(Explain, GivesTheAnswerOfRecognizeWithItsReason) {
     const auto explanation = nlohmann::json::parse(explained.output);
     const std::string sentence = explanation.at("explanation");
     EXPECT_EQ(explanation.at("reason"), reason) << sentence;
-    if (sentence.find("fourth best") != std::string::npos) {
+    if (sentence.find("of the fourth best") != std::string::npos) {
       const std::string fourth = explanation.at("standing").at("fourth_votes").dump();
       EXPECT_NE(sentence.find(" the " + fourth + " of the fourth"), std::string::npos) << sentence;
     }
