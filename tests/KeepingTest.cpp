@@ -227,7 +227,7 @@ TEST_F(Keeping, VerifyTellsWhatIsWrong) {
   test::writeFile(file, sound.substr(0, sound.size() / 2));
   EXPECT_EQ(violations(file).front(), "damages of the file");
   std::string damaged = sound;
-  for (const std::size_t page : {1, 2}) damaged[page * 4096 + 7] = 9;  // free bytes that are not
+  for (const std::size_t page : {1U, 2U}) damaged[page * 4096 + 7] = 9;  // free bytes that are not
   test::writeFile(file, damaged);
   EXPECT_EQ(verify(file, ignoreProgress).violations.front().count, 2);
   test::writeFile(file, "no database");
