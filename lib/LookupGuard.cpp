@@ -1,6 +1,8 @@
 // What keeps a fingerprint file from doing more than answering.
 #include "lib/LookupGuard.h"
 
+#include <algorithm>
+#include <climits>
 #include <filesystem>
 
 #include <sqlite3.h>
@@ -54,12 +56,17 @@ int openForReading(const std::string& path, sqlite3*& database) {
 }
 
 LookupGuard::LookupGuard(sqlite3* database, const std::string& path)
-    : fileBytes_(sizeOf(path) + sizeOf(path + "-wal")) {
+    : database_(database), fileBytes_(sizeOf(path) + sizeOf(path + "-wal")) {
   restrict(database);
   sqlite3_progress_handler(database, kStepsBetweenLooks, &LookupGuard::count, this);
 }
 
 void LookupGuard::begin(std::size_t length) {
+  // Compiling takes no steps, but writes a generated column out wherever it is used: a chain
+  // of them that use each other twice doubles with each.
+  const std::uint64_t operations = kFreeSteps + kStepsPerByte * length;
+  sqlite3_limit(database_, SQLITE_LIMIT_VDBE_OP,
+                static_cast<int>(std::min<std::uint64_t>(operations, INT_MAX)));
   stepsLeft_ = kFreeSteps + kStepsPerByte * (fileBytes_ + length);
   end_.reset();
 }
