@@ -224,7 +224,10 @@ LirvoxDatabase::Statement LirvoxDatabase::prepare(const std::string& sql) {
   if (guard_) guard_->begin(sql.size());
   sqlite3_stmt* statement = nullptr;
   const int result = sqlite3_prepare_v2(db_, sql.c_str(), -1, &statement, nullptr);
-  if (result == SQLITE_OK) return Statement(statement);
+  if (result == SQLITE_OK) {
+    if (guard_) guard_->compiled();
+    return Statement(statement);
+  }
   if (traceExecution_) {
     log("DB Error: " + std::to_string(lastErrorCode()) + " \"" + lastErrorMessage() + '"');
     log("DB Query: " + sql);

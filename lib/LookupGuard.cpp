@@ -37,7 +37,7 @@ void restrict(sqlite3* database) {
   }
   sqlite3_db_config(database, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
   sqlite3_drop_modules(database, nullptr);
-  // Of what an expression makes; columns that nobody asks for may be longer.
+  // Of what an expression makes while the schema is read, which has long texts itself.
   sqlite3_limit(database, SQLITE_LIMIT_LENGTH, 1 << 14);
   sqlite3_limit(database, SQLITE_LIMIT_LIKE_PATTERN_LENGTH, 16);
   sqlite3_limit(database, SQLITE_LIMIT_ATTACHED, 0);
@@ -69,6 +69,12 @@ void LookupGuard::begin(std::size_t length) {
                 static_cast<int>(std::min<std::uint64_t>(operations, INT_MAX)));
   stepsLeft_ = kFreeSteps + kStepsPerByte * (fileBytes_ + length);
   end_.reset();
+}
+
+void LookupGuard::compiled() {
+  // The columns are numbers. Longer values would be sorted in temporary files, a thousand times
+  // the size of the database; those that nobody asks for may be longer.
+  sqlite3_limit(database_, SQLITE_LIMIT_LENGTH, 256);
 }
 
 int LookupGuard::count(void* guard) {

@@ -29,6 +29,9 @@ class LookupGuard {
   /// A statement of `length` characters is about to be compiled and run.
   void begin(std::size_t length);
 
+  /// It is compiled, and the only one on the connection.
+  void compiled();
+
  private:
   static int count(void* guard);
   bool isSpent();

@@ -153,11 +153,15 @@ TEST_F(DatabaseFaults, AnswersFromATableAndNeverRunsWhatItsSchemaHolds) {
        "CREATE TABLE db(track_id, num1, a, num2 AS (length(hex(zeroblob(a)))));"
        "INSERT INTO db VALUES(1, 2, 1000000)",
        0},
+      {"long values, to be sorted",
+       "CREATE TABLE db(a, num1, num2, track_id AS (hex(zeroblob(a))));"
+       "INSERT INTO db VALUES(1000, 2, 3)",
+       0},
       {"a column of 2^60 terms", doubling + ", track_id AS (c60))", -1},
       {"a hard pattern",
        "CREATE TABLE db(track_id, num1, a, num2 AS (3 + (a LIKE "
        "'%a%a%a%a%a%a%a%a%a%a%a%a%a%a%a%a%a%a%a%ab'))); "
-       "INSERT INTO db VALUES(1, 2, hex(zeroblob(8000)))",
+       "INSERT INTO db VALUES(1, 2, hex(zeroblob(100)))",
        0},
   };
   for (const auto& file : files) {
