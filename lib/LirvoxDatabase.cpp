@@ -42,7 +42,7 @@ namespace {
 
 // The most rows that one query may give, 12 bytes each. Databases of any sense give far less;
 // a damaged or hostile one must not take all memory.
-constexpr std::size_t kMostRows = std::size_t{1} << 24;
+constexpr std::size_t kMostRows = std::size_t{1} << 22;
 
 // The hashes of the distinct pairs, as a list for SQL. A hash that occurs at several
 // times occurs as often in the list. Ascending, so that neighbours in the file are
