@@ -265,7 +265,9 @@ void LirvoxDatabase::setDatabasePath(std::optional<std::string> path) {
 }
 
 int LirvoxDatabase::retryWhenBusy(void* store, int count) {
-  return static_cast<LirvoxDatabase*>(store)->retry(count) ? 1 : 0;
+  bool again = false;  // SQLite must not be thrown through
+  platform::runLogged([&] { again = static_cast<LirvoxDatabase*>(store)->retry(count); });
+  return again ? 1 : 0;
 }
 
 // Time is measured on a clock that nobody sets: a wait must end even when the date changes.

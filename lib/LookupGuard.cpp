@@ -8,6 +8,7 @@
 #include <sqlite3.h>
 
 #include "lib/platform/Platform.h"
+#include "lib/platform/RunTask.h"
 
 namespace lirvox {
 namespace {
@@ -78,7 +79,9 @@ void LookupGuard::compiled() {
 }
 
 int LookupGuard::count(void* guard) {
-  return static_cast<LookupGuard*>(guard)->isSpent() ? 1 : 0;
+  bool isSpent = true;  // SQLite must not be thrown through
+  platform::runLogged([&] { isSpent = static_cast<LookupGuard*>(guard)->isSpent(); });
+  return isSpent ? 1 : 0;
 }
 
 bool LookupGuard::isSpent() {
