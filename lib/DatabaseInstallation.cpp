@@ -34,16 +34,33 @@ void report(const std::string& path, const std::error_code& error) {
   platform::log(path + ": " + error.message());
 }
 
+// What an earlier archive has put in the place of a file or a folder would keep every later
+// one out.
+void clearTheWay(const DatabaseLocations& at) {
+  std::error_code ignored;
+  for (const std::string& file : {at.downloadArchive, at.liveDatabase}) {
+    if (std::filesystem::is_directory(file, ignored)) std::filesystem::remove_all(file, ignored);
+  }
+  if (!std::filesystem::is_directory(at.sdkFolder, ignored)) {
+    std::filesystem::remove(at.sdkFolder, ignored);
+  }
+}
+
+// Journals that lie beside it belong to another database, or the archive planted them.
+void removeJournals(const DatabaseLocations& at) {
+  std::error_code ignored;
+  for (const char* const ending : {"-journal", "-wal", "-shm"}) {
+    std::filesystem::remove_all(at.liveDatabase + ending, ignored);
+  }
+}
+
 // The live file is removed first, as is meant: until the copy is complete there is no
 // database, rather than an old one under a new stamp. Whatever happens in between,
 // the next check finds no file and downloads again.
 bool replaceLiveDatabase(const DatabaseLocations& at) {
   std::error_code ignored;
   std::filesystem::remove(at.liveDatabase, ignored);
-  // Journals that lie beside it belong to another database, or the archive planted them.
-  for (const char* const ending : {"-journal", "-wal", "-shm"}) {
-    std::filesystem::remove(at.liveDatabase + ending, ignored);
-  }
+  removeJournals(at);
   // The folder is not made: who never prepared it gets no database over the network.
   const std::error_code error = platform::copyWholeFile(at.extractedDatabase, at.liveDatabase);
   if (error) report(at.liveDatabase, error);
@@ -68,11 +85,13 @@ void installDownloadedArchive(const std::string& downloadedFile,
   std::filesystem::create_directories(at.cachesRoot, ignored);
   platform::removeAbandonedFiles(at.cachesRoot);
   platform::removeAbandonedFiles(at.sdkFolder);
+  clearTheWay(at);
   if (const auto error = platform::copyWholeFile(downloadedFile, at.downloadArchive)) {
     report(at.downloadArchive, error);
     return;
   }
   std::filesystem::remove(downloadedFile, ignored);  // a host may end with its answer
+  std::filesystem::remove_all(at.scratchFolder, ignored);
   // On these two ways out the archive stays, and what was unpacked, for whoever wants
   // to know why.
   if (!ZipArchive::unzipFileAtPath(at.downloadArchive, at.cachesRoot)) return;
@@ -94,9 +113,14 @@ bool installLocalArchive(const std::string& archive) {
   }
   const DatabaseLocations at;
   platform::removeAbandonedFiles(at.sdkFolder);
+  clearTheWay(at);
   const bool installed =
       ZipArchive::unzipFileAtPath(archive, at.sdkFolder) && exists(at.sdkFolder + "/db1.sqlite");
-  if (!installed) platform::log("Lirvox: Wrong file format!");
+  if (installed) {
+    removeJournals(at);
+  } else {
+    platform::log("Lirvox: Wrong file format!");
+  }
   return installed;
 }
 

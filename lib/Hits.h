@@ -32,7 +32,7 @@ struct PassHits {
 
 /// The most hits of a pass, 16 bytes each. Databases of any sense stay far below; a damaged
 /// or hostile one must not take all memory.
-constexpr std::size_t kMostHits = std::size_t{1} << 24;
+constexpr std::size_t kMostHits = std::size_t{1} << 22;
 
 /// Forms one hit for each row of each query hash, in list order. A pair that occurs
 /// k times in `hashes` counts k times: votes of several shifts add up, as is meant.

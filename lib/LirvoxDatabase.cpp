@@ -42,7 +42,7 @@ namespace {
 
 // The most rows that one query may give, 12 bytes each. Databases of any sense give far less;
 // a damaged or hostile one must not take all memory.
-constexpr std::size_t kMostRows = std::size_t{1} << 24;
+constexpr std::size_t kMostRows = std::size_t{1} << 22;
 
 // The hashes of the distinct pairs, as a list for SQL. A hash that occurs at several
 // times occurs as often in the list. Ascending, so that neighbours in the file are
@@ -224,7 +224,10 @@ LirvoxDatabase::Statement LirvoxDatabase::prepare(const std::string& sql) {
   if (guard_) guard_->begin(sql.size());
   sqlite3_stmt* statement = nullptr;
   const int result = sqlite3_prepare_v2(db_, sql.c_str(), -1, &statement, nullptr);
-  if (result == SQLITE_OK) return Statement(statement);
+  if (result == SQLITE_OK) {
+    if (guard_) guard_->compiled();
+    return Statement(statement);
+  }
   if (traceExecution_) {
     log("DB Error: " + std::to_string(lastErrorCode()) + " \"" + lastErrorMessage() + '"');
     log("DB Query: " + sql);
@@ -262,7 +265,9 @@ void LirvoxDatabase::setDatabasePath(std::optional<std::string> path) {
 }
 
 int LirvoxDatabase::retryWhenBusy(void* store, int count) {
-  return static_cast<LirvoxDatabase*>(store)->retry(count) ? 1 : 0;
+  bool again = false;  // SQLite must not be thrown through
+  platform::runLogged([&] { again = static_cast<LirvoxDatabase*>(store)->retry(count); });
+  return again ? 1 : 0;
 }
 
 // Time is measured on a clock that nobody sets: a wait must end even when the date changes.

@@ -54,7 +54,7 @@ class LIRVOX_EXPORT LirvoxDatabase {
 
   /// All rows whose hash occurs in `hashes`. None when the file cannot be opened or
   /// has no table `db`, or memory runs out; when reading fails half-way, the rows read so
-  /// far. So, too, when there are more than 16,777,216 rows or when a damaged or hostile
+  /// far. So, too, when there are more than 4,194,304 rows or when a damaged or hostile
   /// file takes more work than its size explains, which the log then says.
   std::optional<LirvoxRowMap> selectFingerprints(const std::vector<QueryHash>& hashes);
 

@@ -2,7 +2,6 @@
 #include <chrono>
 #include <cstddef>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,16 +19,13 @@ constexpr const char* kRecordingName = "soundLirvox.dat";
 constexpr std::chrono::seconds kReplayTime{4};
 constexpr std::chrono::seconds kPauseBeforeLive{2};
 
-// The file as far as it can be read; nothing when there is none.
+// The file; nothing when there is none, or it is none, such as a pipe that would be waited for.
 std::vector<std::byte> readFile(const std::string& path) {
   std::error_code error;
-  const auto size = std::filesystem::file_size(path, error);
-  if (error) return {};
-  std::vector<std::byte> bytes(size);
-  std::ifstream file(path, std::ios::binary);
-  file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(size));
-  bytes.resize(static_cast<std::size_t>(file.gcount()));
-  return bytes;
+  if (!std::filesystem::is_regular_file(path, error)) return {};
+  const std::string content = platform::readWholeFile(path, error);
+  const auto* const bytes = reinterpret_cast<const std::byte*>(content.data());
+  return {bytes, bytes + content.size()};
 }
 
 }  // namespace

@@ -20,6 +20,7 @@ void Lirvox::downloadDatabaseIfNeeded(std::function<void(bool)> completionBlock)
 }
 
 bool Lirvox::updateDatabasePath(const std::string& path) {
+  if (refusesForkedChild()) return false;
   bool installed = false;
   platform::runLogged([&] {
     if (!installLocalArchive(path)) return;

@@ -19,7 +19,7 @@ constexpr const char* kStampKey = "LirvoxDtDbGenerated";
 bool isCurrent(const std::string& dt) {
   std::error_code ignored;
   return LirvoxWeb::dtDbGenerated() == dt &&
-         std::filesystem::exists(LirvoxSettings::databasePath(), ignored);
+         std::filesystem::is_regular_file(LirvoxSettings::databasePath(), ignored);
 }
 
 void handleReply(const Session& session, const std::string& apiKey, const std::string& body,

@@ -1,11 +1,14 @@
 // What keeps a fingerprint file from doing more than answering.
 #include "lib/LookupGuard.h"
 
+#include <algorithm>
+#include <climits>
 #include <filesystem>
 
 #include <sqlite3.h>
 
 #include "lib/platform/Platform.h"
+#include "lib/platform/RunTask.h"
 
 namespace lirvox {
 namespace {
@@ -35,7 +38,7 @@ void restrict(sqlite3* database) {
   }
   sqlite3_db_config(database, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
   sqlite3_drop_modules(database, nullptr);
-  // Of what an expression makes; columns that nobody asks for may be longer.
+  // Of what an expression makes while the schema is read, which has long texts itself.
   sqlite3_limit(database, SQLITE_LIMIT_LENGTH, 1 << 14);
   sqlite3_limit(database, SQLITE_LIMIT_LIKE_PATTERN_LENGTH, 16);
   sqlite3_limit(database, SQLITE_LIMIT_ATTACHED, 0);
@@ -54,18 +57,31 @@ int openForReading(const std::string& path, sqlite3*& database) {
 }
 
 LookupGuard::LookupGuard(sqlite3* database, const std::string& path)
-    : fileBytes_(sizeOf(path) + sizeOf(path + "-wal")) {
+    : database_(database), fileBytes_(sizeOf(path) + sizeOf(path + "-wal")) {
   restrict(database);
   sqlite3_progress_handler(database, kStepsBetweenLooks, &LookupGuard::count, this);
 }
 
 void LookupGuard::begin(std::size_t length) {
+  // Compiling takes no steps, but writes a generated column out wherever it is used: a chain
+  // of them that use each other twice doubles with each.
+  const std::uint64_t operations = kFreeSteps + kStepsPerByte * length;
+  sqlite3_limit(database_, SQLITE_LIMIT_VDBE_OP,
+                static_cast<int>(std::min<std::uint64_t>(operations, INT_MAX)));
   stepsLeft_ = kFreeSteps + kStepsPerByte * (fileBytes_ + length);
   end_.reset();
 }
 
+void LookupGuard::compiled() {
+  // The columns are numbers. Longer values would be sorted in temporary files, a thousand times
+  // the size of the database; those that nobody asks for may be longer.
+  sqlite3_limit(database_, SQLITE_LIMIT_LENGTH, 256);
+}
+
 int LookupGuard::count(void* guard) {
-  return static_cast<LookupGuard*>(guard)->isSpent() ? 1 : 0;
+  bool isSpent = true;  // SQLite must not be thrown through
+  platform::runLogged([&] { isSpent = static_cast<LookupGuard*>(guard)->isSpent(); });
+  return isSpent ? 1 : 0;
 }
 
 bool LookupGuard::isSpent() {

@@ -26,13 +26,17 @@ class LookupGuard {
   LookupGuard(const LookupGuard&) = delete;
   LookupGuard& operator=(const LookupGuard&) = delete;
 
-  /// A statement of `length` characters is about to run.
+  /// A statement of `length` characters is about to be compiled and run.
   void begin(std::size_t length);
+
+  /// It is compiled, and the only one on the connection.
+  void compiled();
 
  private:
   static int count(void* guard);
   bool isSpent();
 
+  sqlite3* const database_;
   const std::uint64_t fileBytes_;
   std::uint64_t stepsLeft_ = 0;
   std::optional<std::chrono::steady_clock::time_point> end_;

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <random>
 #include <utility>
 #include <vector>
 
@@ -35,11 +36,19 @@ class TrackPlaces {
     return slot;
   }
 
+  // Spreads neighbouring ids, and those that a file was given so that they fall into one place
+  // (the finalizer of MurmurHash3).
+  std::uint32_t mixed(std::int32_t id) const {
+    std::uint32_t x = static_cast<std::uint32_t>(id) ^ seed_;
+    x = (x ^ (x >> 16)) * 0x85ebca6bU;
+    x = (x ^ (x >> 13)) * 0xc2b2ae35U;
+    return x ^ (x >> 16);
+  }
+
   // Where `id` is or belongs.
   Slot& slotFor(std::int32_t id) {
-    constexpr std::uint32_t kGoldenRatio = 0x9e3779b9;  // of 2^32: spreads neighbouring ids
     const std::size_t mask = slots_.size() - 1;
-    std::size_t i = (static_cast<std::uint32_t>(id) * kGoldenRatio) >> shift_;
+    std::size_t i = mixed(id) >> shift_;
     while (slots_[i].number != kNone && slots_[i].id != id) i = (i + 1) & mask;
     return slots_[i];
   }
@@ -56,6 +65,7 @@ class TrackPlaces {
   std::vector<Slot> slots_;  // a power of two of them, at most half taken
   unsigned shift_ = 22;      // leaves as many bits as number the slots
   std::uint32_t count_ = 0;
+  std::uint32_t seed_ = std::random_device{}();  // the numbers do not depend on it
   Slot last_;
 };
 

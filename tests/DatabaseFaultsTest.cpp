@@ -130,6 +130,11 @@ TEST_F(DatabaseFaults, AFileMayBeChangedWhileItIsRead) {
 TEST_F(DatabaseFaults, AnswersFromATableAndNeverRunsWhatItsSchemaHolds) {
   const std::string columns = "CREATE TABLE db(track_id, num1, num2";
   const std::string row = "; INSERT INTO db(track_id, num1, num2) VALUES(1, 2, 3);";
+  std::string doubling = "CREATE TABLE db(num1, num2, c0";
+  for (int i = 0; i < 60; ++i) {
+    const std::string last = "c" + std::to_string(i);
+    doubling += ", c" + std::to_string(i + 1) + " AS (" + last + " + " + last + ")";
+  }
   const struct {
     const char* name;
     std::string sql;
@@ -148,10 +153,15 @@ TEST_F(DatabaseFaults, AnswersFromATableAndNeverRunsWhatItsSchemaHolds) {
        "CREATE TABLE db(track_id, num1, a, num2 AS (length(hex(zeroblob(a)))));"
        "INSERT INTO db VALUES(1, 2, 1000000)",
        0},
+      {"long values, to be sorted",
+       "CREATE TABLE db(a, num1, num2, track_id AS (hex(zeroblob(a))));"
+       "INSERT INTO db VALUES(1000, 2, 3)",
+       0},
+      {"a column of 2^60 terms", doubling + ", track_id AS (c60))", -1},
       {"a hard pattern",
        "CREATE TABLE db(track_id, num1, a, num2 AS (3 + (a LIKE "
        "'%a%a%a%a%a%a%a%a%a%a%a%a%a%a%a%a%a%a%a%ab'))); "
-       "INSERT INTO db VALUES(1, 2, hex(zeroblob(8000)))",
+       "INSERT INTO db VALUES(1, 2, hex(zeroblob(100)))",
        0},
   };
   for (const auto& file : files) {

@@ -89,6 +89,18 @@ TEST_F(Delivery, WantsMoreVotesThanTheMinimum) {
   EXPECT_EQ(delegate_->calls(), Calls{{}});
 }
 
+TEST_F(Delivery, SaysWhenADatabaseHasTooManyRowsForWhatWasHeard) {
+  const LirvoxRowMap rows(
+      std::vector<LirvoxDBRow>(3000, {DecimalString(5), DecimalString(1007), DecimalString(9)}));
+  for (const std::size_t heard : {100U, 3000U}) {
+    EXPECT_FALSE(platform_.log->has("too many rows"));
+    LirvoxPostDatabaseProcessing::processResult(&rows, std::vector<QueryHash>(heard, {7, 9}));
+    platform_.scheduler.run();
+  }
+  EXPECT_TRUE(platform_.log->has("too many rows"));
+  EXPECT_EQ(delegate_->calls().at(1).trackId, 5);
+}
+
 TEST_F(Delivery, ReadsDelegateAndStartWhenTheMainQueueGetsToIt) {
   process(31);
   EXPECT_EQ(delegate_->calls(), Calls());

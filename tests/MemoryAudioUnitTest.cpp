@@ -5,6 +5,7 @@
 #include <thread>
 
 #include <gtest/gtest.h>
+#include <signal.h>
 
 #include "lib/platform/MemoryAudioUnit.h"
 #include "tests/support/SoundRecorder.h"
@@ -51,6 +52,20 @@ TEST_F(MemoryAudioUnitTest, DeliversInOrderUntilItIsStoppedOrDestroyed) {
     const auto& received = collector_->received;
     EXPECT_TRUE(std::equal(received.begin(), received.end(), samples_->begin()));
   }
+}
+
+TEST_F(MemoryAudioUnitTest, LeavesSignalsToTheHost) {
+  std::promise<bool> blocked;
+  MemoryAudioUnit unit(std::make_shared<std::vector<std::int32_t>>(1));  // one delivery
+  unit.setInputCallback([&](auto&&...) {
+    sigset_t mask;
+    pthread_sigmask(SIG_SETMASK, nullptr, &mask);
+    blocked.set_value(sigismember(&mask, SIGINT) == 1);
+    return platform::audioNoError;
+  });
+  unit.initialize();
+  unit.start();
+  EXPECT_TRUE(blocked.get_future().get());
 }
 
 TEST_F(MemoryAudioUnitTest, TheDeliveryThatStopsItIsTheLast) {

@@ -13,6 +13,7 @@
 #include "lib/platform/linux/CurlHttpSession.h"
 #include "tests/LoopbackServer.h"
 #include "tests/ZipBytes.h"
+#include "tests/support/FingerprintFile.h"
 #include "tests/support/LocalService.h"
 #include "tests/support/TestPlatform.h"
 #include "tools/UpdateWatch.h"
@@ -281,6 +282,33 @@ TEST_F(UpdateTest, ASessionThatIsGoneEndsTheUpdate) {
   lirvox_->setSession(nullptr);
   platform_.scheduler.run();  // the answer comes too late
   EXPECT_EQ(lirvox_->dtDbGenerated(), std::nullopt);
+}
+
+TEST_F(UpdateTest, NothingThatAnArchiveBringsKeepsTheNextOneOut) {
+  writeFingerprintFile(platform_.folder.path("good"), {{1, 2, 3}});
+  const std::string good = readFile(platform_.folder.path("good"));
+  const auto expectRows = [&](bool network) {
+    if (network) publish("good", serve(200, zipBytes({{"lirvox/"}, {kInner, good}})));
+    EXPECT_TRUE(network ? update() == Answers{true} : installs(zipBytes({{"db1.sqlite", good}})));
+    const auto rows = LirvoxDatabase(live()).selectFingerprints({{0, 3}});
+    EXPECT_TRUE(rows && rows->rowCount() == 1);
+  };
+  for (const std::string name :
+       {"lirvox/db1.sqlite-wal/x", "lirvox/db1.sqlite-journal/x", "lirvox/db1.sqlite/x", "home",
+        "home/service.example", "lirvox", "tmp.zip/x"}) {
+    for (const bool network : {true, false}) {
+      SCOPED_TRACE(name);
+      std::filesystem::remove_all(caches());
+      publish("bad", serve(200, zipBytes({{"tmp.zip", zipBytes({{"a"}})}, {name}})));
+      update();
+      installs(zipBytes({{name.substr(name.find('/') + 1)}}));
+      expectRows(network);
+      // As an archive has left it that was installed before such names were refused.
+      std::filesystem::remove_all(caches());
+      writeFile(caches() / name, "");
+      expectRows(network);
+    }
+  }
 }
 
 }  // namespace

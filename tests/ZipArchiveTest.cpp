@@ -94,6 +94,8 @@ std::vector<Case> cases() {
       {"a name that climbs later", zipBytes({{"d/../../evil", "1"}}), "unsafe name"},
       {"a backslash", zipBytes({{"..\\evil", "1"}}), "unsafe name"},
       {"a journal", zipBytes({{"a", "A"}, {"d/db1.sqlite-journal", "1"}}), "unsafe name"},
+      {"a folder named as a journal", zipBytes({{"a", "A"}, {"db1.sqlite-wal/x"}}), "unsafe name"},
+      {"a folder named as a database", zipBytes({{"a", "A"}, {"db1.sqlite/"}}), "unsafe name"},
       {"a null byte", zipBytes({{std::string("a\0b", 3), "1"}}), "unsafe name"},
       {"no name", zipBytes({{"", "1"}}), "unsafe name"},
       {"a file named dot", zipBytes({{".", "1"}}), "unsafe name"},

@@ -41,7 +41,7 @@ class UnfinishedMark {
   }
   void remove() const {
     std::error_code ignored;
-    fs::remove(path_, ignored);
+    fs::remove_all(path_, ignored);  // an archive may have brought a folder of the name
   }
 
  private:

@@ -25,6 +25,10 @@ bool isJournalName(const std::string& component) {
   });
 }
 
+bool isDatabaseName(const std::string& component) {
+  return std::string_view(component).ends_with(".sqlite");
+}
+
 }  // namespace
 
 std::optional<EntryPath> entryPath(const std::string& name) {
@@ -39,7 +43,10 @@ std::optional<EntryPath> entryPath(const std::string& name) {
     if (!component.empty() && component != ".") path.push_back(component);
   }
   if (path.size() > kDeepestName) return std::nullopt;
-  if (!path.empty() && isJournalName(path.back())) return std::nullopt;
+  if (std::any_of(path.begin(), path.end(), isJournalName)) return std::nullopt;
+  // A folder in the place of a database would keep every later one out.
+  const auto folders = path.end() - (name.back() == '/' || path.empty() ? 0 : 1);
+  if (std::any_of(path.begin(), folders, isDatabaseName)) return std::nullopt;
   return path;
 }
 

@@ -12,8 +12,9 @@ using EntryPath = std::vector<std::string>;
 
 /// The components of an entry's name without empty ones and "."; nothing if the
 /// name could lead out of the destination (absolute, "..", backslash), is unreasonable
-/// (a null byte, too long, too deep), or is that of a journal of a database. Folder
-/// names end in "/"; the name of the destination itself ("./") has no components.
+/// (a null byte, too long, too deep), or has a journal of a database in it, or a folder that is
+/// named as a database. Folder names end in "/"; the name of the destination itself ("./") has
+/// no components.
 std::optional<EntryPath> entryPath(const std::string& name);
 
 /// Whether the entry is an archive by its name: the extension, in lower case, is "zip".

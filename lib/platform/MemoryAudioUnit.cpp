@@ -6,6 +6,7 @@
 #include <thread>
 #include <utility>
 
+#include "lib/platform/BlockedSignals.h"
 #include "lib/platform/Mutex.h"
 
 namespace lirvox::platform {
@@ -146,6 +147,7 @@ AudioStatus MemoryAudioUnit::start() {
   player_->running = true;
   player_->framesSinceStart = 0;
   if (!player_->thread.joinable()) {
+    const BlockedSignals quiet;
     player_->thread = std::thread([player = player_] { player->play(); });
   }
   player_->changed.notifyAll();

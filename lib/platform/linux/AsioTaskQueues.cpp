@@ -15,8 +15,8 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
+#include "lib/platform/BlockedSignals.h"
 #include "lib/platform/RunTask.h"
-#include "lib/platform/linux/BlockedSignals.h"
 
 namespace lirvox::platform {
 namespace {

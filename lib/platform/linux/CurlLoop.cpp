@@ -9,8 +9,8 @@
 #include <curl/curl.h>
 #include <pthread.h>
 
+#include "lib/platform/BlockedSignals.h"
 #include "lib/platform/RunTask.h"
-#include "lib/platform/linux/BlockedSignals.h"
 #include "lib/platform/linux/CurlTransfer.h"
 
 namespace lirvox::platform {

@@ -73,8 +73,9 @@ std::size_t CurlTransfer::onBody(char* data, std::size_t, std::size_t count, voi
   transfer.lastActivity_ = Clock::now();
   try {
     transfer.sinkError_ = transfer.sink_({data, count});
-  } catch (const std::bad_alloc&) {  // libcurl must not be thrown through
-    transfer.sinkError_ = std::make_error_code(std::errc::not_enough_memory);
+  } catch (...) {  // libcurl must not be thrown through
+    logException();
+    transfer.sinkError_ = std::make_error_code(std::errc::io_error);
   }
   return transfer.sinkError_ ? 0 : count;
 }

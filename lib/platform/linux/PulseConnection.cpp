@@ -4,7 +4,7 @@
 #include <thread>
 #include <utility>
 
-#include "lib/platform/linux/BlockedSignals.h"
+#include "lib/platform/BlockedSignals.h"
 
 namespace lirvox::platform {
 namespace {
