@@ -28,7 +28,7 @@ Number settle(CatalogFile& file, const std::string& path, const std::string& nam
   }
   const auto existing = static_cast<Number>(*known);
   if (wanted && *wanted != existing) {
-    throw CatalogError(path + ": its " + name + " is " + std::to_string(existing) +
+    throw CatalogError(path + ": made with " + name + " = " + std::to_string(existing) +
                        ", which is fixed for the tracks of one database");
   }
   return existing;

@@ -87,8 +87,8 @@ void Merge::settle(const std::string& key, std::optional<double> wanted) {
     if (!value) throw CatalogError(part.path + ": does not say its " + key);
     const double first = notes_.try_emplace(key, *value).first->second;
     if (first == *value) continue;
-    throw CatalogError(part.path + ": its " + key + " is " + asText(*value) + ", that of " +
-                       parts_.front().path + " is " + asText(first) +
+    throw CatalogError(part.path + ": made with " + key + " = " + asText(*value) + ", " +
+                       parts_.front().path + " with " + asText(first) +
                        (key == "common hashes" ? " (--common chooses one)"
                                                : ": only catalogues made alike can be merged"));
   }

@@ -23,7 +23,7 @@ namespace lirvox {
 /// has neither its threads nor its sound, and locks may be held for ever.
 bool refusesForkedChild();
 
-struct Lirvox::State {
+struct LIRVOX_HIDDEN Lirvox::State {
   // Plain values, each safe by itself.
   std::atomic<bool> isRecording{false};
   std::atomic<bool> stopNow{false};

@@ -164,8 +164,8 @@ TEST_F(Keeping, AMergeRefusesWhatDoesNotFitTogether) {
   const std::string device = DeviceDatabase(first, folder_.path()).path();
   const std::map<std::string, std::string> bad = {
       {changed, "--replace"},
-      {make("coarse", {track("z", {})}, {1, {}, {}}), "its alignments is 1"},
-      {make("few", {track("z", {})}, {{}, 9, {}}), "its rows per hour is 9"},
+      {make("coarse", {track("z", {})}, {1, {}, {}}), "made with alignments = 1"},
+      {make("few", {track("z", {})}, {{}, 9, {}}), "made with rows per hour = 9"},
       {make("rare", {track("z", {})}, {{}, {}, 3.0}), "--common"},
       {path("none"), "none"}};
   const auto before = test::contents(folder_.path());

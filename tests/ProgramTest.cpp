@@ -106,7 +106,7 @@ TEST_F(Program, ExitStatusTellsWhatWentWrong) {
       {"index -d text.sqlite music", 4, "text.sqlite"},
       {"index -d new.sqlite music/cover.txt missing", 3, "missing: no such file"},
       {"index -d full.sqlite --shifts 1 music", 0, "3 tracks added"},
-      {"index -d full.sqlite --shifts 4 music", 4, "full.sqlite: its alignments is 1"},
+      {"index -d full.sqlite --shifts 4 music", 4, "full.sqlite: made with alignments = 1"},
       {"recognize -d full.sqlite music/tune1.wav music/cover.txt", 3, "music/cover.txt"},
       {"fingerprint music/cover.txt", 3, "music/cover.txt"},
   };

@@ -12,7 +12,7 @@ namespace lirvox::tools {
 /// What the program's exit status says.
 enum ExitStatus : int {
   exitDone = 0,           ///< done, or recognised
-  exitNotRecognized = 1,  ///< nothing was recognised
+  exitNotRecognized = 1,  ///< nothing was recognised, or changed since the answer was no
   exitUsage = 2,          ///< the command line makes no sense
   exitSomeFailed = 3,     ///< done, but some files failed
   exitDatabase = 4,       ///< the database cannot be used

@@ -34,7 +34,7 @@ class Listener : public LirvoxDelegate {
 
 FileRecognizer::FileRecognizer(const std::string& path, std::int32_t minimumVotes)
     : installed_(path), playing_(std::make_shared<Samples>()) {
-  platform::Platform platform = platform::systemPlatform();
+  platform::Platform platform = *platform::current();
   platform.directories = installed_.directories();
   platform.audioSession = std::make_shared<platform::NullAudioSession>();
   platform.makeInputUnit = [playing = playing_](platform::AudioStatus&) {

@@ -28,7 +28,7 @@ struct Options {
 // The two lines for people that any host gets.
 std::string recognizersSummary(const std::string& path) {
   const InstalledDatabase installed(path);
-  platform::Platform platform = platform::systemPlatform();
+  platform::Platform platform = *platform::current();
   platform.directories = installed.directories();
   platform::install(std::move(platform));
   return LirvoxDatabase(LirvoxSettings::databasePath()).databaseInfo().value_or("");

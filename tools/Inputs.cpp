@@ -25,7 +25,7 @@ std::string whyNoSource(platform::AudioSession& session, const std::string& sour
 }  // namespace
 
 platform::Platform platformWithSource(const std::string& source) {
-  platform::Platform platform = platform::systemPlatform();
+  platform::Platform platform = *platform::current();
 #if LIRVOX_WITH_PULSE
   platform::PulseAudioNames names;
   names.application = "lirvox";

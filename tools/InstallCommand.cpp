@@ -15,7 +15,7 @@ namespace lirvox::tools {
 namespace {
 
 int install(const std::string& archive) {
-  platform::Platform platform = platform::systemPlatform();
+  platform::Platform platform = *platform::current();
   platform.audioSession = std::make_shared<platform::NullAudioSession>();
   platform::install(std::move(platform));
   const std::string database = LirvoxSettings::databasePath();

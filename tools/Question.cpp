@@ -20,7 +20,7 @@ std::optional<ExitStatus> refused(const std::string& question, bool answeredYes)
   std::getline(std::cin, answer);
   if (answer == "y" || answer == "Y" || answer == "yes" || answer == "Yes") return std::nullopt;
   complain("nothing was changed");
-  return exitDone;
+  return exitNotRecognized;
 }
 
 Option yesOption(bool& yes) {

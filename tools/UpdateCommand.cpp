@@ -61,7 +61,7 @@ bool lock(const fs::path& folder, platform::FileDescriptor& held) {
 
 std::shared_ptr<UpdateWatch> installWatchedPlatform() {
   const auto watch = std::make_shared<UpdateWatch>();
-  platform::Platform platform = platform::systemPlatform();
+  platform::Platform platform = *platform::current();
   platform.audioSession = std::make_shared<platform::NullAudioSession>();
   watch->attachTo(platform);
   platform::install(std::move(platform));

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "catalog/CatalogError.h"
+#include "lib/platform/Platform.h"
 #include "tools/CommandLine.h"
 #include "tools/Console.h"
 #include "tools/HelpFiles.h"
@@ -11,6 +12,8 @@
 using namespace lirvox::tools;
 
 int main(int argc, char** argv) {
+  // One set of folders, whatever the program's file is called.
+  lirvox::platform::install(lirvox::platform::systemPlatform("lirvox"));
   const Program program = {
       .summary = "Recognise what is playing, offline, against a database of your own music.",
       .version = LIRVOX_VERSION,
@@ -21,8 +24,8 @@ int main(int argc, char** argv) {
           "  lirvox listen                   say what is playing\n"
           "  lirvox update                   fetch the database of the service\n"
           "\n"
-          "Exit status: 0 done or recognised, 1 nothing recognised, 2 usage, 3 done but some\n"
-          "files failed, 4 database, 5 audio device, 6 network or update.",
+          "Exit status: 0 done or recognised, 1 nothing recognised or changed, 2 usage,\n"
+          "3 done but some files failed, 4 database, 5 audio device, 6 network or update.",
       .commands = {indexCommand(),     recognizeCommand(), scanCommand(),        listenCommand(),
                    replayCommand(),    devicesCommand(),   fingerprintCommand(), explainCommand(),
                    plotCommand(),      evaluateCommand(),  infoCommand(),        installCommand(),

@@ -1,4 +1,6 @@
 /* What does the microphone hear? The C interface, with the main loop on this thread. */
+#define _POSIX_C_SOURCE 199309L /* nanosleep */
+
 #include <lirvox/lirvox_c.h>
 #include <stdio.h>
 #include <time.h>
