@@ -1,6 +1,7 @@
 // How lookup, vote and recognition change as a database grows.
 //
 //   lirvox_growth -d DATABASE [--tracks N,N,...] [--excerpts N] [--seed N] [--minimum N]
+//                 [--page-size N]
 //
 // Takes the tracks of a database that `lirvox index` made, grows them to N tracks by copies whose
 // frequencies and times are moved, and looks excerpts of the original files up, clean and in white
@@ -14,7 +15,6 @@
 #include <ctime>
 #include <filesystem>
 #include <map>
-#include <optional>
 #include <random>
 #include <string>
 #include <utility>
@@ -27,13 +27,10 @@
 #include <unistd.h>
 
 #include "catalog/HashCounts.h"
-#include "lib/Hits.h"
-#include "lib/HitsByTrack.h"
+#include "lib/Decision.h"
 #include "lib/LirvoxDatabase.h"
-#include "lib/TrackOrder.h"
-#include "lib/Vote.h"
 #include "tools/AudioDecoder.h"
-#include "tools/QueryPass.h"
+#include "tools/Trial.h"
 
 using namespace lirvox;
 
@@ -41,6 +38,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr double kSampleRate = 11025.0;
 constexpr std::size_t kExcerpt = 5 * 11025;
 constexpr int kColdLookups = 20;
 constexpr std::int32_t kTargetBits = 12;  // of a hash: what lies below the anchor's bin
@@ -52,7 +50,7 @@ struct BaseTrack {
 };
 
 struct Excerpt {
-  std::int32_t track;  // its id in every grown database
+  tools::Truth truth;  // the same track in every grown database
   std::vector<QueryHash> hashes;
 };
 
@@ -124,9 +122,10 @@ void leaveOutCommonHashes(std::vector<std::uint64_t>& rows) {
   });
 }
 
-void write(const std::string& path, const std::vector<std::uint64_t>& rows) {
+void write(const std::string& path, const std::vector<std::uint64_t>& rows, int pageSize) {
   fs::remove(path);
   SQLite::Database file(path, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+  file.exec("PRAGMA page_size = " + std::to_string(pageSize));
   file.exec("PRAGMA journal_mode = OFF");
   file.exec("PRAGMA synchronous = OFF");
   SQLite::Transaction transaction(file);
@@ -149,16 +148,6 @@ std::vector<std::int32_t> readSamples(const std::string& path) {
     return true;
   });
   return samples;
-}
-
-std::vector<QueryHash> hashesOf(const std::vector<std::int32_t>& samples) {
-  tools::QueryPass pass;
-  pass.add(samples.data(), samples.size());
-  std::vector<QueryHash> hashes;
-  for (const auto& shift : pass.hashesByShift()) {
-    hashes.insert(hashes.end(), shift.begin(), shift.end());
-  }
-  return hashes;
 }
 
 std::vector<std::int32_t> withNoise(const std::vector<std::int32_t>& samples, double decibels,
@@ -191,9 +180,10 @@ Trial cut(const std::vector<BaseTrack>& base, int count, std::mt19937& random) {
       const auto start = static_cast<std::ptrdiff_t>(random() % (all.size() - kExcerpt));
       const std::vector<std::int32_t> samples(all.begin() + start,
                                               all.begin() + start + std::ptrdiff_t{kExcerpt});
-      const auto id = static_cast<std::int32_t>(i + 1);
-      trial.clean.push_back({id, hashesOf(samples)});
-      trial.noisy.push_back({id, hashesOf(withNoise(samples, 10.0, random))});
+      const tools::Truth truth = {static_cast<std::int32_t>(i + 1),
+                                  static_cast<double>(start) / kSampleRate};
+      trial.clean.push_back({truth, tools::hashesOf(samples)});
+      trial.noisy.push_back({truth, tools::hashesOf(withNoise(samples, 10.0, random))});
     }
   }
   return trial;
@@ -207,25 +197,15 @@ double processorMilliseconds() {
 }
 
 struct Figures {
-  int right = 0;
-  int wrong = 0;
-  int absentAnswered = 0;
+  tools::Rate rate;
   double lookup = 0.0;  // milliseconds in all
   double vote = 0.0;
-  double rows = 0.0;
+  std::size_t rows = 0;  // in all
+  std::size_t mostRows = 0;
+
+  double percent(int count) const { return 100.0 * count / rate.trials; }
+  double mean(double sum) const { return sum / rate.trials; }
 };
-
-std::optional<LirvoxResult> voteOn(const PassHits& pass, std::int32_t minimum) {
-  const HitsByTrack hits(pass);
-  return chooseResult(vote(hits, chooseTrackOrder(hits, minimum)).candidates, minimum);
-}
-
-PassHits without(PassHits pass, std::int32_t track) {
-  std::erase_if(pass.hits, [&](const LirvoxHit& hit) { return hit.hit_id.intValue() == track; });
-  std::erase_if(pass.trackHitCounts,
-                [&](const TrackHitCount& count) { return count.track_id.intValue() == track; });
-  return pass;
-}
 
 Figures judge(const std::vector<Excerpt>& excerpts, LirvoxDatabase& database,
               std::int32_t minimum) {
@@ -234,15 +214,13 @@ Figures judge(const std::vector<Excerpt>& excerpts, LirvoxDatabase& database,
     const double begin = processorMilliseconds();
     const auto rows = database.selectFingerprints(excerpt.hashes);
     const double found = processorMilliseconds();
-    const PassHits pass = formHits(rows ? &*rows : nullptr, excerpt.hashes);
-    const auto result = voteOn(pass, minimum);
+    const Decision decision(rows ? &*rows : nullptr, excerpt.hashes, minimum);
     figures.vote += processorMilliseconds() - found;
     figures.lookup += found - begin;
-    figures.rows += rows ? static_cast<double>(rows->rowCount()) : 0.0;
-    if (result) {
-      ++(result->result_id.intValue() == excerpt.track ? figures.right : figures.wrong);
-    }
-    if (voteOn(without(pass, excerpt.track), minimum)) ++figures.absentAnswered;
+    const std::size_t count = rows ? rows->rowCount() : 0;
+    figures.rows += count;
+    figures.mostRows = std::max(figures.mostRows, count);
+    tools::judge(decision.pass, excerpt.truth, minimum, figures.rate);
   }
   return figures;
 }
@@ -264,27 +242,36 @@ double coldMilliseconds(const std::string& path, const std::vector<Excerpt>& exc
   return sum / kColdLookups;
 }
 
+struct Plan {
+  std::int32_t minimum = 30;
+  unsigned seed = 1;
+  int pageSize = 4096;
+};
+
 void run(std::int32_t tracks, const std::vector<BaseTrack>& base, const Trial& trial,
-         std::int32_t minimum, unsigned seed) {
+         const Plan& plan) {
   const std::string path = fs::temp_directory_path() / "lirvox-growth.sqlite";
-  std::mt19937 random(seed);
+  std::mt19937 random(plan.seed);
   std::vector<std::uint64_t> rows = grow(base, tracks, random);
   leaveOutCommonHashes(rows);
-  write(path, rows);
+  write(path, rows, plan.pageSize);
   const std::size_t count = rows.size();
   rows = {};
   const double cold = coldMilliseconds(path, trial.clean);
   LirvoxDatabase database(path);
-  judge(trial.clean, database, minimum);  // warms the file
-  const Figures clean = judge(trial.clean, database, minimum);
-  const Figures noisy = judge(trial.noisy, database, minimum);
-  const auto excerpts = static_cast<double>(trial.clean.size());
-  const auto percent = [&](int of) { return 100.0 * of / excerpts; };
-  std::printf("%d\t%zu\t%.1f\t%.0f\t%.2f\t%.2f\t%.2f\t%.1f\t%.1f\t%.1f\t%.1f\t%.1f\t%.1f\n", tracks,
-              count, static_cast<double>(fs::file_size(path)) / 1e6, clean.rows / excerpts,
-              clean.lookup / excerpts, clean.vote / excerpts, cold, percent(clean.right),
-              percent(clean.wrong), percent(clean.absentAnswered), percent(noisy.right),
-              percent(noisy.wrong), percent(noisy.absentAnswered));
+  judge(trial.clean, database, plan.minimum);  // warms the file
+  const Figures clean = judge(trial.clean, database, plan.minimum);
+  const Figures noisy = judge(trial.noisy, database, plan.minimum);
+  std::printf("%d\t%zu\t%.1f\t%.0f\t%zu\t%.2f\t%.2f\t%.2f", tracks, count,
+              static_cast<double>(fs::file_size(path)) / 1e6,
+              clean.mean(static_cast<double>(clean.rows)), clean.mostRows, clean.mean(clean.lookup),
+              clean.mean(clean.vote), cold);
+  for (const Figures* figures : {&clean, &noisy}) {
+    const tools::Rate& rate = figures->rate;
+    std::printf("\t%.1f\t%.1f\t%.1f", figures->percent(rate.right), figures->percent(rate.wrong),
+                figures->percent(rate.absentAnswered));
+  }
+  std::printf("\n");
   std::fflush(stdout);
   fs::remove(path);
 }
@@ -296,20 +283,21 @@ int main(int argc, char** argv) {
   std::string databasePath;
   std::vector<std::int32_t> sizes = {100, 300, 1000, 3000, 10000};
   int excerpts = 200;
-  unsigned seed = 1;
-  std::int32_t minimum = 30;
+  Plan plan;
   app.add_option("-d,--database", databasePath, "Database to grow")->required();
   app.add_option("--tracks", sizes, "Numbers of tracks")->delimiter(',');
   app.add_option("--excerpts", excerpts, "Number of excerpts")->capture_default_str();
-  app.add_option("--seed", seed, "Seed of places, noise and copies")->capture_default_str();
-  app.add_option("--minimum", minimum, "Votes that a result must exceed")->capture_default_str();
+  app.add_option("--seed", plan.seed, "Seed of places, noise and copies")->capture_default_str();
+  app.add_option("--minimum", plan.minimum, "Votes that a result must exceed")
+      ->capture_default_str();
+  app.add_option("--page-size", plan.pageSize, "Bytes of a page")->capture_default_str();
   CLI11_PARSE(app, argc, argv);
 
   const std::vector<BaseTrack> base = readBase(databasePath);
-  std::mt19937 random(seed);
+  std::mt19937 random(plan.seed);
   const Trial trial = cut(base, excerpts, random);
   std::printf(
-      "tracks\trows\tMB\trows/query\tlookup ms\tvote ms\tcold ms\tright\twrong\tabsent"
+      "tracks\trows\tMB\trows/query\tmost rows\tlookup ms\tvote ms\tcold ms\tright\twrong\tabsent"
       "\tnoisy right\tnoisy wrong\tnoisy absent\n");
-  for (const std::int32_t size : sizes) run(size, base, trial, minimum, seed);
+  for (const std::int32_t size : sizes) run(size, base, trial, plan);
 }

@@ -71,6 +71,8 @@ void writeDatabases(const fs::path& folder) {
       {"generated",
        "CREATE TABLE db(track_id, num1, num2, x AS (hex(zeroblob(num1 % 8)))); CREATE INDEX e ON "
        "db(x)"},
+      {"doubling",
+       "CREATE TABLE db(track_id, num1, num2, a AS (num1 + num1), b AS (a + a), c AS (b + b))"},
       {"trigger",
        table + "; CREATE TRIGGER t AFTER INSERT ON db BEGIN DELETE FROM db WHERE num2 = 63; END"},
       {"texts", "CREATE TABLE db(track_id TEXT, num1 REAL, num2 BLOB)"},

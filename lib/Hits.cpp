@@ -52,6 +52,7 @@ PassHits formHits(const LirvoxRowMap* rows, const std::vector<QueryHash>& hashes
   const Matches matches = match(*rows, hashes, mostHits);
   pass.complete = matches.complete;
   pass.hits.reserve(matches.hits);
+  pass.trackOfHit.reserve(matches.hits);
   TrackPlaces places;
   for (const auto& [query, found] : matches.list) {
     for (const LirvoxDBRow& row : found) {
@@ -59,7 +60,8 @@ PassHits formHits(const LirvoxRowMap* rows, const std::vector<QueryHash>& hashes
       pass.hits.push_back(
           {row.track_id, DecimalString(offset), row.hash1, DecimalString(query.time)});
       pass.minimumOffset = std::min(pass.minimumOffset, offset);
-      const std::size_t place = places.of(row.track_id.intValue());
+      const std::uint32_t place = places.of(row.track_id.intValue());
+      pass.trackOfHit.push_back(place);
       if (place == pass.trackHitCounts.size()) pass.trackHitCounts.push_back({row.track_id, 0});
       ++pass.trackHitCounts[place].count;
     }

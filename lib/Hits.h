@@ -22,6 +22,8 @@ struct TrackHitCount {
 struct PassHits {
   /// In the order of formation, `hit_time` normalized: 0 or more, at least one 0.
   std::vector<LirvoxHit> hits;
+  /// For each hit the place of its track in `trackHitCounts`.
+  std::vector<std::uint32_t> trackOfHit;
   /// One entry per track that has hits, in the order of their first hits.
   std::vector<TrackHitCount> trackHitCounts;
   /// The smallest offset before normalization; the largest integer without hits.
@@ -30,7 +32,7 @@ struct PassHits {
   bool complete = true;
 };
 
-/// The most hits of a pass, 16 bytes each. Databases of any sense stay far below; a damaged
+/// The most hits of a pass, 20 bytes each. Databases of any sense stay far below; a damaged
 /// or hostile one must not take all memory.
 constexpr std::size_t kMostHits = std::size_t{1} << 22;
 

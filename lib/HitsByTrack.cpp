@@ -3,8 +3,6 @@
 
 #include <algorithm>
 
-#include "lib/TrackPlaces.h"
-
 namespace lirvox {
 namespace {
 
@@ -22,18 +20,16 @@ std::uint32_t normalized(const LirvoxHit& hit) {
 
 HitsByTrack::HitsByTrack(const PassHits& pass) : minimumOffset_(pass.minimumOffset) {
   const std::vector<Bin> binOfHit = binsOf(pass);
-  TrackPlaces places;
   std::vector<Bin*> ends;
   bins_.resize(pass.hits.size());
   Bin* next = bins_.data();
   for (const TrackHitCount& track : pass.trackHitCounts) {
-    places.of(track.track_id.intValue());
     ends.push_back(next);
     next += track.count;
     tracks_.push_back({track.track_id, ends.back(), next});
   }
   for (std::size_t i = 0; i < pass.hits.size(); ++i) {
-    *ends[places.of(pass.hits[i].hit_id.intValue())]++ = binOfHit[i];
+    *ends[pass.trackOfHit[i]]++ = binOfHit[i];
   }
 }
 

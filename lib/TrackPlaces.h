@@ -10,12 +10,12 @@
 namespace lirvox {
 
 /// Numbers track ids 0, 1, 2, ... in the order in which they are first asked for. A
-/// pass asks twice for each of its hits, so this is a table of its own, with open
-/// addressing: with std::unordered_map, forming the hits takes three times as long.
+/// pass asks for each of its hits, so this is a table of its own, with open addressing:
+/// with std::unordered_map, forming the hits takes three times as long.
 class TrackPlaces {
  public:
   /// The number of `id`.
-  std::size_t of(std::int32_t id) {
+  std::uint32_t of(std::int32_t id) {
     // Rows of one hash come track by track, so the last one is often asked for again.
     if (last_.number == kNone || last_.id != id) last_ = find(id);
     return last_.number;

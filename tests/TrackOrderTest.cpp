@@ -35,6 +35,8 @@ PassHits passOf(const std::vector<TrackVotes>& tracks) {
       pass.trackHitCounts.back().count += votes.count;
       pass.hits.insert(pass.hits.end(), static_cast<std::size_t>(votes.count),
                        {id, DecimalString(votes.offset), {}, {}});
+      pass.trackOfHit.resize(pass.hits.size(),
+                             static_cast<std::uint32_t>(pass.trackHitCounts.size() - 1));
     }
   }
   return pass;

@@ -19,10 +19,18 @@ std::optional<LirvoxResult> voteOn(const PassHits& pass, std::int32_t minimum) {
 
 // The hits of all tracks but one.
 PassHits without(const PassHits& pass, std::int32_t track) {
-  PassHits rest = pass;
-  std::erase_if(rest.hits, [&](const LirvoxHit& hit) { return hit.hit_id.intValue() == track; });
-  std::erase_if(rest.trackHitCounts,
-                [&](const TrackHitCount& count) { return count.track_id.intValue() == track; });
+  PassHits rest;
+  rest.minimumOffset = pass.minimumOffset;
+  std::vector<std::uint32_t> places;
+  for (const TrackHitCount& count : pass.trackHitCounts) {
+    places.push_back(static_cast<std::uint32_t>(rest.trackHitCounts.size()));
+    if (count.track_id.intValue() != track) rest.trackHitCounts.push_back(count);
+  }
+  for (std::size_t i = 0; i < pass.hits.size(); ++i) {
+    if (pass.hits[i].hit_id.intValue() == track) continue;
+    rest.hits.push_back(pass.hits[i]);
+    rest.trackOfHit.push_back(places[pass.trackOfHit[i]]);
+  }
   return rest;
 }
 
