@@ -7,6 +7,7 @@ namespace lirvox {
 namespace {
 
 constexpr std::size_t kFronts = 48;
+constexpr int kAttempts = 8;  // with one front
 
 // Tracks to visit first, the most silencing one first.
 std::vector<std::size_t> silencers(const TrackStatistics& statistics, std::int32_t minimum) {
@@ -22,6 +23,14 @@ std::vector<std::size_t> silencers(const TrackStatistics& statistics, std::int32
   });
   tracks.resize(std::min(tracks.size(), kFronts));
   return tracks;
+}
+
+// Moves `chosen` to the front of `tracks`; both parts keep their order.
+void moveToFront(std::vector<std::size_t>& tracks, const std::vector<std::size_t>& chosen) {
+  std::vector<char> isChosen(tracks.size());
+  for (const std::size_t track : chosen) isChosen[track] = true;
+  std::stable_partition(tracks.begin(), tracks.end(),
+                        [&](std::size_t track) { return isChosen[track]; });
 }
 
 }  // namespace
@@ -40,9 +49,16 @@ std::optional<std::vector<std::size_t>> findSilentOrder(const HitsByTrack& hits,
       best = std::max(best, DecimalString(visit.count));
       return true;
     };
-    trial.restart();
-    if (trial.visit(first, isSilent) && trial.visitAll(statistics.ranking(), isSilent).empty()) {
-      return trial.order();
+    std::vector<std::size_t> order = statistics.ranking();
+    for (int attempt = 0; attempt < kAttempts && !trial.isExhausted(); ++attempt) {
+      trial.restart();
+      best = DecimalString(0);
+      if (!trial.visit(first, isSilent)) break;
+      const std::vector<std::size_t> refused = trial.visitAll(order, isSilent);
+      if (refused.empty()) return trial.order();
+      // A few tracks come too late, when the votes of thousands have piled up: they go first
+      // next time.
+      moveToFront(order, refused);
     }
   }
   return std::nullopt;

@@ -159,6 +159,22 @@ TEST(TrackOrder, HoldsEveryTrackOnceDependsOnNothingElseAndKeepsWhatItPromises) 
   EXPECT_GT(silent, 1000);
 }
 
+TEST(TrackOrder, KeepsSilentWhereTheChanceVotesOfThousandsPileUp) {
+  std::mt19937 random(1);
+  for (const std::uint32_t places : {18000U, 12000U}) {
+    std::vector<TrackVotes> tracks;
+    for (std::int32_t id = 1; id <= 3000; ++id) {
+      TrackVotes track{id, {}};
+      for (int i = 0; i < 100; ++i) {
+        track.votes.push_back({static_cast<std::int32_t>(random() % places), 1});
+      }
+      tracks.push_back(track);
+    }
+    const HitsByTrack hits(passOf(tracks));
+    EXPECT_EQ(answer(hits, chooseTrackOrder(hits, kMinimum).tracks), 0) << places;
+  }
+}
+
 // Every plan fails here: 2,000 tracks hide the leader, and nothing can go before it.
 TEST(TrackOrder, TakesBoundedWorkWhereNoOrderServes) {
   std::vector<TrackVotes> tracks{{1, {{5, 300}}}};
