@@ -91,7 +91,8 @@ def main():
     files = sound_files(options.music)
     if options.repeat > 0:
         compare(options.lirvox, files, options.repeat)
-    grow(options.lirvox, files, [float(h) for h in options.hours.split(",") if h])
+    if options.hours:
+        grow(options.lirvox, files, [float(h) for h in options.hours.split(",")])
 
 
 if __name__ == "__main__":

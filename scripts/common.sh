@@ -31,3 +31,22 @@ install_packages() {
   as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
     "${missing[@]}" >/dev/null
 }
+
+# Music for trying things: prints the folder where it is.
+fetch_music() {
+  local music=$root/build/demo/music folder
+  if [ ! -d "$music" ]; then
+    say "Fetching the Debian package asc-music (18 minutes of music)"
+    folder=$(mktemp -d)
+    (
+      cd "$folder"
+      apt-get download -qq asc-music 2>/dev/null ||
+        { as_root apt-get update -qq && apt-get download -qq asc-music; }
+    )
+    dpkg-deb -x "$folder"/asc-music_*.deb "$folder/unpacked"
+    mkdir -p "$(dirname "$music")"
+    mv "$folder/unpacked" "$music"
+    rm -rf "$folder"
+  fi
+  echo "$music"
+}
