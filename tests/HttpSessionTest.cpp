@@ -217,5 +217,36 @@ TEST_F(HttpSessionTest, HttpsIsCheckedAndNotLeftByARedirect) {
   ::pclose(server);
 }
 
+// What static destructors of a host are like: it runs after those of the library for https.
+std::shared_ptr<platform::HttpSession> sessionAtExit;
+std::string urlAtExit;
+void requestAtExit() {
+  Event done;
+  sessionAtExit->startDataTask(urlAtExit, [&](const auto&, const auto&, const Error& error) {
+    if (!error) ::_exit(1);
+    done.set();
+  });
+  if (!done.wait()) ::_exit(2);
+  sessionAtExit.reset();
+}
+
+TEST_F(HttpSessionTest, TheProcessMayEndWhileSecureRequestsRunAndBegin) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  configuration_.maximumConnectionsPerHost = 0;  // no limit
+  LoopbackServer server([](const std::string&, const Connection&) {});
+  for (int i = 0; i < 3; ++i) {
+    const auto exitWhileRequestsRun = [&] {
+      std::atexit(requestAtExit);
+      sessionAtExit = makeSession();
+      urlAtExit = "https" + server.url().substr(4);
+      for (int request = 0; request < 40; ++request) {
+        sessionAtExit->startDataTask(urlAtExit, [](const auto&...) {});
+      }
+      std::exit(0);
+    };
+    EXPECT_EXIT(exitWhileRequestsRun(), testing::ExitedWithCode(0), "");
+  }
+}
+
 }  // namespace
 }  // namespace lirvox::test

@@ -2,7 +2,6 @@
 #include "lib/platform/linux/CurlLoop.h"
 
 #include <chrono>
-#include <mutex>
 #include <new>
 #include <utility>
 
@@ -11,6 +10,7 @@
 
 #include "lib/platform/BlockedSignals.h"
 #include "lib/platform/RunTask.h"
+#include "lib/platform/linux/CurlLoops.h"
 #include "lib/platform/linux/CurlTransfer.h"
 
 namespace lirvox::platform {
@@ -23,8 +23,7 @@ constexpr int kTickInMilliseconds = 100;
 constexpr int kIdleInMilliseconds = 1000;
 
 CURLM* makeMulti() {
-  static std::once_flag initialized;
-  std::call_once(initialized, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
+  CurlLoops::prepare();
   CURLM* const multi = curl_multi_init();
   return multi ? multi : throw std::bad_alloc();
 }
@@ -49,15 +48,31 @@ CurlLoop::~CurlLoop() {
 }
 
 void CurlLoop::add(const std::shared_ptr<CurlLoop>& loop, std::unique_ptr<CurlTransfer> transfer) {
-  const MutexLock lock(loop->mutex_);
-  if (!loop->thread_.joinable()) loop->thread_ = startWithoutSignals([loop] { loop->run(); });
-  loop->added_.push_back(std::move(transfer));
-  curl_multi_wakeup(loop->multi_);
+  if (!loop->accept(loop, transfer)) transfer->finish(CURLE_FAILED_INIT);
+}
+
+bool CurlLoop::accept(const std::shared_ptr<CurlLoop>& self,
+                      std::unique_ptr<CurlTransfer>& transfer) {
+  const MutexLock lock(mutex_);
+  if (stopping_.load()) return false;
+  if (!thread_.joinable()) {
+    if (!CurlLoops::enter(self)) return false;
+    thread_ = startWithoutSignals([self] { self->run(); });
+    isOver_ = false;
+  }
+  added_.push_back(std::move(transfer));
+  curl_multi_wakeup(multi_);
+  return true;
+}
+
+void CurlLoop::askToStop() {
+  const MutexLock lock(mutex_);
+  stopping_.store(true);
+  curl_multi_wakeup(multi_);
 }
 
 void CurlLoop::stop() {
-  stopping_.store(true);
-  curl_multi_wakeup(multi_);
+  askToStop();
   std::thread thread;
   {
     const MutexLock lock(mutex_);
@@ -73,6 +88,26 @@ void CurlLoop::stop() {
   }
 }
 
+void CurlLoop::stopBy(std::chrono::steady_clock::time_point deadline) {
+  std::thread thread;
+  bool isOver = false;
+  {
+    const MutexLock lock(mutex_);
+    // It was this thread that has ended the process: it does not come back to libcurl.
+    if (thread_.get_id() == std::this_thread::get_id()) return;
+    while (!isOver_ && over_.waitUntil(mutex_, deadline)) continue;
+    isOver = isOver_;
+    thread.swap(thread_);
+  }
+  if (!thread.joinable()) return;
+  // Joined, if it can be: its very last act is to free what the library for https keeps for it.
+  if (isOver) {
+    thread.join();
+  } else {
+    thread.detach();
+  }
+}
+
 void CurlLoop::run() {
   while (!stopping_.load()) {
     runLogged([this] { takeAdded(); });
@@ -84,11 +119,20 @@ void CurlLoop::run() {
       std::this_thread::sleep_for(std::chrono::milliseconds(kTickInMilliseconds));
     }
   }
+  dropAll();
+  const MutexLock lock(mutex_);
+  isOver_ = true;
+  over_.notifyAll();
+}
+
+void CurlLoop::dropAll() {
   for (auto& [handle, transfer] : running_) curl_multi_remove_handle(multi_, handle);
   running_.clear();
   decltype(added_) dropped;
   const MutexLock lock(mutex_);
   dropped.swap(added_);
+  curl_multi_cleanup(multi_);  // with its connections, which may be secure ones
+  multi_ = nullptr;
 }
 
 void CurlLoop::takeAdded() {
