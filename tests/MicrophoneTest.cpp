@@ -1,4 +1,7 @@
 // The microphone over a scripted unit and session.
+#include <new>
+#include <stdexcept>
+
 #include <gtest/gtest.h>
 
 #include "lib/audio/LirvoxMicrophone.h"
@@ -85,6 +88,24 @@ TEST_F(MicrophoneTest, NeverConvertsForADelegateThatTakesRenderedBuffersOnlyOrIs
   raw.reset();
   EXPECT_EQ(script_.deliver({1}), 0);
   EXPECT_EQ(converted, 0.5F);
+}
+
+TEST_F(MicrophoneTest, GoesOnAfterADelegateThatThrows) {
+  struct Thrower : test::SoundRecorder {
+    void hasBufferList(LirvoxMicrophone&, platform::AudioBufferList&, std::uint32_t,
+                       std::uint32_t) override {
+      throw std::runtime_error("host");
+    }
+    void hasAudioReceived(LirvoxMicrophone&, float**, std::uint32_t, std::uint32_t) override {
+      throw 7;  // NOLINT: hosts do
+    }
+    void changedPlayingState(LirvoxMicrophone&, bool) override { throw std::bad_alloc(); }
+  };
+  const auto thrower = std::make_shared<Thrower>();
+  const auto microphone = LirvoxMicrophone::microphoneWithDelegate(thrower, true);
+  script_.renderStatus = -7;
+  EXPECT_EQ(script_.deliver({1, 2}), -7);
+  EXPECT_EQ(platform_.log->lines().size(), 3U);
 }
 
 TEST_F(MicrophoneTest, FollowsInterruptions) {

@@ -9,6 +9,7 @@
 #include "lib/Assertion.h"
 #include "lib/LirvoxSettings.h"
 #include "lib/platform/Mutex.h"
+#include "lib/platform/RunTask.h"
 
 namespace lirvox {
 namespace {
@@ -33,6 +34,12 @@ void selectInput(platform::AudioSession& session, const LirvoxAudioDevice& devic
   } else if (device.dataSource() && !session.setInputDataSource(*device.dataSource(), error)) {
     platform::log("Error: (" + device.dataSource()->name + "): " + error.localizedDescription);
   }
+}
+
+// What the delegate throws is its own affair.
+template <typename Call>
+void tell(const std::weak_ptr<LirvoxMicrophoneDelegate>& to, const Call& call) {
+  if (const auto delegate = to.lock()) platform::runLogged([&] { call(*delegate); });
 }
 
 }  // namespace
@@ -145,9 +152,7 @@ void LirvoxMicrophone::setAudioStreamBasicDescription(const AudioStreamBasicDesc
   const auto& buffers = info_.audioBufferList->buffers;
   const std::uint32_t bytes = buffers.empty() ? 0 : buffers.front().dataByteSize;
   largestDelivery_ = std::min(frames, bytes / std::max(format.bytesPerFrame, 1U));
-  if (const auto delegate = delegate_.lock()) {
-    delegate->hasAudioStreamBasicDescription(*this, format);
-  }
+  tell(delegate_, [&](auto& delegate) { delegate.hasAudioStreamBasicDescription(*this, format); });
 }
 
 AudioStreamBasicDescription LirvoxMicrophone::defaultStreamFormat() const {
@@ -177,11 +182,12 @@ AudioStatus LirvoxMicrophone::renderInput(platform::AudioUnit::RenderActionFlags
   const auto delegate = delegate_.lock();
   if (!delegate) return status;
   const std::uint32_t channels = info_.streamFormat.channelsPerFrame;
-  delegate->hasBufferList(*this, list, frames, channels);
+  platform::runLogged([&] { delegate->hasBufferList(*this, list, frames, channels); });
   if (audioDelegate_) {
     float** const buffers = info_.floatBuffers.get();
     floatConverter_->convertDataFromAudioBufferList(list, frames, buffers);
-    audioDelegate_->hasAudioReceived(*this, buffers, frames, channels);
+    platform::runLogged(
+        [&] { audioDelegate_->hasAudioReceived(*this, buffers, frames, channels); });
   }
   return status;
 }
@@ -197,7 +203,7 @@ void LirvoxMicrophone::stopFetchingAudio() {
 }
 
 void LirvoxMicrophone::tellPlayingState(bool isPlaying) {
-  if (const auto delegate = delegate_.lock()) delegate->changedPlayingState(*this, isPlaying);
+  tell(delegate_, [&](auto& delegate) { delegate.changedPlayingState(*this, isPlaying); });
 }
 
 void LirvoxMicrophone::setMicrophoneOn(bool microphoneOn) {
@@ -224,7 +230,7 @@ void LirvoxMicrophone::setDevice(const LirvoxAudioDevice& device) {
     const platform::MutexLock lock(selected_->mutex);
     selected_->device = device;
   }
-  if (const auto delegate = delegate_.lock()) delegate->changedDevice(*this, device);
+  tell(delegate_, [&](auto& delegate) { delegate.changedDevice(*this, device); });
 }
 
 void LirvoxMicrophone::setOutput(std::shared_ptr<LirvoxOutput> output) {
