@@ -4,10 +4,12 @@
 #include <cstdlib>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
 
 #include <gtest/gtest.h>
 
+#include "lib/platform/HostTaskQueues.h"
 #include "lib/platform/Platform.h"
 #include "lib/platform/PulseAudio.h"
 #include "lib/platform/linux/CurlHttpSession.h"
@@ -71,10 +73,11 @@ struct Listener : platform::AudioSessionObserver {
     interrupted = true;
     over.set();
   }
-  void audioSessionRouteChanged() override {}
+  void audioSessionRouteChanged() override { routeChanged.set(); }
 
   std::atomic<bool> interrupted{false};
   Event over;
+  Event routeChanged;
 };
 
 // Whether anything was delivered. Ends in any case, with a failure, an interruption or a delivery.
@@ -117,6 +120,46 @@ TEST_P(ConnectionFaults, ACaptureEndsAndTheNextOneHears) {
   };
   EXPECT_GT(test::failEach(GetParam(), operation, check), 20);
   platform::install(platform::systemPlatform());  // the queue ends with what it still holds
+}
+
+TEST(ConnectionFaultsTest, AHostThatThrowsHearsTheNextDeliveryAndOfTheNextChange) {
+  if (!test::PulseServer::isInstalled()) GTEST_SKIP() << "no pulseaudio, pactl or paplay here";
+  const test::PulseServer server;
+  platform::Platform platform = platform::systemPlatform();
+  std::atomic<bool> refuses{true};
+  Event refused;
+  const auto execute = [&, queue = platform.mainQueue](platform::Task task) {
+    if (!refuses) return queue->async(std::move(task));
+    refused.set();
+    throw std::runtime_error("the host's loop has ended");
+  };
+  platform.mainQueue = std::make_shared<platform::ExecutorTaskQueue>(execute, platform.mainQueue);
+  platform::usePulseAudio(platform, {"lirvox-test", "Test", server.address(), ""});
+  platform::install(platform);
+  const auto listener = std::make_shared<Listener>();
+  platform.audioSession->addObserver(listener);
+
+  platform::AudioStatus status = platform::audioNoError;
+  const auto unit = platform.makeInputUnit(status);
+  unit->setDeliveredStreamFormat(platform::interleavedPcm(11025, 1, 32));
+  std::atomic<int> deliveries{0};
+  unit->setInputCallback([&](auto&, const auto&, auto, auto) -> platform::AudioStatus {
+    if (++deliveries == 1) throw std::runtime_error("host");
+    listener->over.set();
+    return platform::audioNoError;
+  });
+  EXPECT_EQ(unit->start(), platform::audioNoError);
+  EXPECT_TRUE(listener->over.wait());
+  EXPECT_EQ(unit->stop(), platform::audioNoError);
+
+  EXPECT_TRUE(server.control("load-module module-null-sink sink_name=three"));
+  EXPECT_TRUE(refused.wait());
+  refuses = false;
+  EXPECT_TRUE(server.control("load-module module-null-sink sink_name=four"));
+  EXPECT_TRUE(listener->routeChanged.wait());
+  LirvoxError error;
+  platform.audioSession->setActive(false, error);
+  platform::install(platform::systemPlatform());
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, ConnectionFaults,

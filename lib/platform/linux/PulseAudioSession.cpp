@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "lib/platform/RunTask.h"
 #include "lib/platform/linux/PulseAudioUnit.h"
 #include "lib/platform/linux/PulseStream.h"
 
@@ -137,21 +138,24 @@ std::vector<std::shared_ptr<PulseStream>> PulseAudioSession::streams() {
   return living;
 }
 
-void PulseAudioSession::announceInterruption(const AudioSessionInterruption& interruption) {
-  queue_->async([weak = weak_from_this(), interruption] {
+bool PulseAudioSession::announceInterruption(
+    const AudioSessionInterruption& interruption) noexcept {
+  const auto post = [weak = weak_from_this(), interruption] {
     if (const auto session = weak.lock()) session->postInterruption(interruption);
-  });
+  };
+  return runLogged([&] { queue_->async(post); });
 }
 
 // The server tells much that changes no route, in bursts: one look per burst is enough.
-void PulseAudioSession::announceRouteChange() {
+void PulseAudioSession::announceRouteChange() noexcept {
   if (routeChangePending_.exchange(true)) return;
-  queue_->async([weak = weak_from_this()] {
+  const auto post = [weak = weak_from_this()] {
     const auto session = weak.lock();
     if (!session) return;
     session->routeChangePending_.store(false);
     session->postRouteChange();
-  });
+  };
+  if (!runLogged([&] { queue_->async(post); })) routeChangePending_.store(false);
 }
 
 void usePulseAudio(Platform& platform, const PulseAudioNames& names) {

@@ -41,9 +41,10 @@ class PulseAudioSession : public AudioSession,
   std::string preferredSource();
   std::optional<PulseSource> currentSource();
   void addStream(std::weak_ptr<PulseStream> stream);
-  /// Post on the queue; callable on the connection's thread.
-  void announceInterruption(const AudioSessionInterruption& interruption);
-  void announceRouteChange();
+  /// Post on the queue; callable on the connection's thread. What the queue throws is logged.
+  /// False when it did, and so nobody will be told.
+  bool announceInterruption(const AudioSessionInterruption& interruption) noexcept;
+  void announceRouteChange() noexcept;
 
  private:
   std::vector<std::shared_ptr<PulseStream>> streams();

@@ -38,7 +38,7 @@ class PulseConnection {
 
   /// Connects and waits until it is done; null with the reason in `reason`.
   /// `changed` is called on the connection's thread when the server's defaults,
-  /// sources or their ports change. Starts no server.
+  /// sources or their ports change, and must not throw. Starts no server.
   static std::shared_ptr<PulseConnection> open(const std::string& server,
                                                const std::string& application,
                                                std::function<void()> changed, std::string& reason);

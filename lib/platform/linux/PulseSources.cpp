@@ -1,6 +1,8 @@
 // What a PulseAudio server says about its sources.
 #include "lib/platform/linux/PulseSources.h"
 
+#include "lib/platform/RunTask.h"
+
 namespace lirvox::platform {
 namespace {
 
@@ -38,8 +40,10 @@ PulseSource sourceOf(const pa_source_info& info) {
   return source;
 }
 
-void addSource(pa_context*, const pa_source_info* info, int endOfList, void* sources) {
-  if (endOfList == 0) static_cast<std::vector<PulseSource>*>(sources)->push_back(sourceOf(*info));
+// Without memory, a source is left out: libpulse must not be thrown through.
+void addSource(pa_context*, const pa_source_info* info, int endOfList, void* target) {
+  auto& sources = *static_cast<std::vector<PulseSource>*>(target);
+  if (endOfList == 0) runLogged([&] { sources.push_back(sourceOf(*info)); });
 }
 
 }  // namespace
@@ -64,7 +68,8 @@ std::optional<PulseSource> pulseSource(PulseConnection& connection, const std::s
 std::string pulseDefaultSourceName(PulseConnection& connection) {
   std::string name;
   const auto remember = [](pa_context*, const pa_server_info* info, void* target) {
-    if (info) *static_cast<std::string*>(target) = textOf(info->default_source_name);
+    auto& found = *static_cast<std::string*>(target);
+    if (info) runLogged([&] { found = textOf(info->default_source_name); });
   };
   connection.ask(
       [&](pa_context* context) { return pa_context_get_server_info(context, remember, &name); });

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "lib/platform/Platform.h"
+#include "lib/platform/RunTask.h"
 
 namespace lirvox::platform {
 namespace {
@@ -216,8 +217,7 @@ void PulseStream::stateChanged() {
 void PulseStream::suspensionChanged() {
   const bool suspended = pa_stream_is_suspended(stream_) > 0;
   if (suspended == interrupted_ || (suspended && !delivering_)) return;
-  interrupted_ = suspended;
-  session_->announceInterruption(suspended ? began : ended);
+  if (session_->announceInterruption(suspended ? began : ended)) interrupted_ = suspended;
 }
 
 void PulseStream::read() {
@@ -240,7 +240,9 @@ void PulseStream::deliver(const void* data, std::size_t bytes) {
     const AudioTimeStamp timeStamp{static_cast<double>(framesSinceStart_), steadyNanoseconds()};
     AudioUnit::RenderActionFlags flags = 0;
     fragment_ = position;
-    if (callback) callback(flags, timeStamp, audioUnitInputBus, frames);
+    runLogged([&] {
+      if (callback) callback(flags, timeStamp, audioUnitInputBus, frames);
+    });
     framesSinceStart_ += frames;
     left -= frames;
     if (position) position += frames * frameSize;
