@@ -16,7 +16,7 @@ namespace lirvox::platform {
 namespace {
 
 // How long the process's end may be held up, by a block of the host's that does not return.
-constexpr std::chrono::seconds kPatience{2};
+constexpr std::chrono::seconds kPatience{5};
 
 struct Running {
   Mutex mutex;
