@@ -13,6 +13,7 @@
 
 #include "lib/HistoryInfo.h"
 #include "lib/LirvoxSettings.h"
+#include "tests/LoopbackServer.h"
 #include "tests/support/ControllerTest.h"
 
 namespace lirvox {
@@ -165,6 +166,11 @@ TEST_F(HostFaults, NoDescriptorOfTheLibraryGetsIntoAProgramThatIsExecuted) {
     }
     return inherited;
   };
+  test::Event asked;
+  test::LoopbackServer server([&](const auto&, const test::Connection& connection) {
+    asked.set();
+    connection.waitUntilClosed();
+  });
   const int before = countInherited();
   const platform::Platform system = platform::systemPlatform();
   platform_.change([&](platform::Platform& services) {
@@ -173,7 +179,14 @@ TEST_F(HostFaults, NoDescriptorOfTheLibraryGetsIntoAProgramThatIsExecuted) {
   });
   start();
   EXPECT_EQ(countInherited(), before);
+  lirvox_->startRecognizeFromFile();
+  EXPECT_EQ(countInherited(), before);
   lirvox_->stopRecognize();
+
+  const auto session = system.makeHttpSession({});
+  session->startDataTask(server.url(), [](const auto&...) {});
+  EXPECT_TRUE(asked.wait());
+  EXPECT_EQ(countInherited(), before + 2) << "with which libcurl wakes itself";
 }
 
 }  // namespace

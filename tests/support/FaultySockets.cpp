@@ -15,6 +15,7 @@ bool faultOfAnyThreadIsDue() noexcept;  // without what headers declare of the o
 namespace {
 
 constexpr auto npos = std::string_view::npos;
+constexpr int kTcp = 6;
 
 template <typename Function>
 Function* realOne(const char* name) {
@@ -39,14 +40,15 @@ bool isSocket(int descriptor) {
 
 }  // namespace
 
-#define FAULTY_IF(condition, result, name, parameters, arguments, failure, reason)  \
-  result name parameters {                                                          \
-    static auto* const real = realOne<result parameters>(#name);                    \
-    if (!(condition) || !fails(__builtin_return_address(0))) return real arguments; \
-    errno = reason;                                                                 \
-    return failure;                                                                 \
+#define CALLER __builtin_return_address(0)
+#define FAULTY_IF(isDue, result, name, parameters, arguments, failure, reason) \
+  result name parameters {                                                     \
+    static auto* const real = realOne<result parameters>(#name);               \
+    if (!(isDue)) return real arguments;                                       \
+    errno = reason;                                                            \
+    return failure;                                                            \
   }
-#define FAULTY(...) FAULTY_IF(true, __VA_ARGS__)
+#define FAULTY(...) FAULTY_IF(fails(CALLER), __VA_ARGS__)
 
 // Not among them: what a valid descriptor is never refused; what wakes a thread through a pipe; and
 // libpulse's `poll`, which only fails for want of the kernel's own memory: its thread then ends,
@@ -54,7 +56,9 @@ bool isSocket(int descriptor) {
 #pragma GCC visibility push(default)
 extern "C" {
 using Size = std::size_t;
-FAULTY(int, socket, (int domain, int type, int protocol), (domain, type, protocol), -1, EMFILE)
+// What libcurl has the library open for it is told from what a server opens by the protocol.
+FAULTY_IF(protocol == kTcp ? lirvox::test::faultOfAnyThreadIsDue() : fails(CALLER), int, socket,
+          (int domain, int type, int protocol), (domain, type, protocol), -1, EMFILE)
 FAULTY(int, socketpair, (int domain, int type, int protocol, int* pair),
        (domain, type, protocol, pair), -1, EMFILE)
 FAULTY(int, pipe, (int* pair), (pair), -1, EMFILE)
@@ -65,11 +69,12 @@ FAULTY(long, recv, (int socket, void* bytes, Size count, int flags), (socket, by
        -1, ECONNRESET)
 FAULTY(long, recvmsg, (int socket, void* message, int flags), (socket, message, flags), -1,
        ECONNRESET)
-FAULTY_IF(isSocket(socket), long, send, (int socket, const void* bytes, Size count, int flags),
-          (socket, bytes, count, flags), -1, ECONNRESET)
+FAULTY_IF(isSocket(socket) && fails(CALLER), long, send,
+          (int socket, const void* bytes, Size count, int flags), (socket, bytes, count, flags), -1,
+          ECONNRESET)
 FAULTY(long, sendmsg, (int socket, const void* message, int flags), (socket, message, flags), -1,
        ECONNRESET)
-FAULTY_IF(isOf("libcurl", __builtin_return_address(0)), int, poll,
+FAULTY_IF(isOf("libcurl", CALLER) && fails(CALLER), int, poll,
           (void* descriptors, unsigned long count, int milliseconds),
           (descriptors, count, milliseconds), -1, ENOMEM)
 FAULTY(int, open64, (const char* path, int flags, unsigned mode), (path, flags, mode), -1, EMFILE)

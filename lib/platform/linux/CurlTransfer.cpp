@@ -5,6 +5,7 @@
 #include <utility>
 
 #include <strings.h>
+#include <sys/socket.h>
 
 #include "lib/platform/RunTask.h"
 
@@ -15,6 +16,11 @@ constexpr long kMostRedirects = 16;
 constexpr long kBufferBytes = 256L << 10;
 constexpr std::chrono::milliseconds kReportInterval{200};
 constexpr const char* kErrorDomain = "LirvoxHttp";
+
+// libcurl itself would let the connection into every program that the host executes.
+curl_socket_t openSocket(void*, curlsocktype, curl_sockaddr* address) {
+  return ::socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+}
 
 }  // namespace
 
@@ -63,6 +69,7 @@ void CurlTransfer::setCallbacks() {
   set(CURLOPT_WRITEDATA, this);
   set(CURLOPT_HEADERFUNCTION, &CurlTransfer::onHeader);
   set(CURLOPT_HEADERDATA, this);
+  set(CURLOPT_OPENSOCKETFUNCTION, &openSocket);
   set(CURLOPT_XFERINFOFUNCTION, &CurlTransfer::onProgress);
   set(CURLOPT_XFERINFODATA, this);
   set(CURLOPT_NOPROGRESS, 0L);
