@@ -92,6 +92,18 @@ TEST_F(HttpSessionTest, CarriesTheOneExtraHeaderFollowsRedirectsAndTakesAnyStatu
   EXPECT_FALSE(missing.error);
 }
 
+TEST_F(HttpSessionTest, ADownloadHasALargestSizeInWhichRedirectsDoNotCount) {
+  LoopbackServer server([](const std::string& target, const Connection& connection) {
+    if (target == "/old") return connection.reply(301, "moved", "Location: /new\r\n");
+    connection.send("HTTP/1.1 200 OK\r\n\r\n12345678");
+  });
+  configuration_.largestDownloadInBytes = 8;
+  EXPECT_EQ(download(server.url("/old")).body, "12345678");
+  configuration_.largestDownloadInBytes = 7;
+  EXPECT_EQ(download(server.url()).error->localizedDescription, "File too large");
+  EXPECT_TRUE(contents(folder_.path("tmp")).empty());
+}
+
 // What misbehaving services do is tried with whole updates.
 TEST_F(HttpSessionTest, WhatCannotBeFetchedEndsInAnErrorWithinTheTimeOuts) {
   configuration_.timeoutForRequest = milliseconds(400);

@@ -37,6 +37,9 @@ struct HttpSessionConfiguration {
   std::chrono::milliseconds timeoutForResource{7 * 24 * 3'600'000LL};
   /// Further tasks wait.
   int maximumConnectionsPerHost = 6;
+  /// Of the body of a download: a longer one is an error. A body that gathers in memory has
+  /// a limit of its own.
+  std::uint64_t largestDownloadInBytes = std::uint64_t{64} << 30;
 
   /// Called on the session's queue a few times a second while a task runs, and once
   /// when it has ended. Not needed by the library; a host that wants to show progress
@@ -75,7 +78,8 @@ class LIRVOX_EXPORT HttpSession {
 
   /// Fetches into memory; a body of more than 16 MiB is an error.
   virtual void startDataTask(const std::string& url, DataCompletion completion) = 0;
-  /// Fetches into a file; memory use does not depend on the size.
+  /// Fetches into a file; memory use does not depend on the size. A body of more than
+  /// `largestDownloadInBytes` is an error.
   virtual void startDownloadTask(const std::string& url, DownloadCompletion completion) = 0;
 };
 

@@ -1,6 +1,7 @@
 // HTTP requests with libcurl.
 #include "lib/platform/linux/CurlHttpSession.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <utility>
 
@@ -15,9 +16,12 @@ constexpr std::size_t kLargestData = std::size_t{16} << 20;
 
 // A download on its way to its completion. The file goes with the last owner.
 struct DownloadFile {
-  explicit DownloadFile(std::string inFolder) : folder(std::move(inFolder)) {}
+  DownloadFile(std::string inFolder, std::uint64_t largest)
+      : folder(std::move(inFolder)), bytesLeft(largest) {}
 
   std::error_code append(std::string_view bytes) {
+    if (bytes.size() > bytesLeft) return std::make_error_code(std::errc::file_too_large);
+    bytesLeft -= bytes.size();
     std::error_code error;
     if (!file) {
       std::filesystem::create_directories(folder, error);
@@ -28,6 +32,7 @@ struct DownloadFile {
   std::string path() const { return folder + '/' + file.name(); }
 
   const std::string folder;
+  std::uint64_t bytesLeft;
   TemporaryFile file;
 };
 
@@ -69,7 +74,8 @@ void CurlHttpSession::startDataTask(const std::string& url, DataCompletion compl
 }
 
 void CurlHttpSession::startDownloadTask(const std::string& url, DownloadCompletion completion) {
-  auto file = std::make_shared<DownloadFile>(temporaryFolder_);
+  auto file =
+      std::make_shared<DownloadFile>(temporaryFolder_, configuration_.largestDownloadInBytes);
   auto sink = [file](std::string_view bytes) { return file->append(bytes); };
   auto finish = [queue = queue_, file, completion = std::move(completion)](
                     HttpResponse response, std::optional<LirvoxError> error) mutable {
