@@ -1,10 +1,14 @@
 // The microphone over a scripted unit and session.
+#include <cstddef>
 #include <new>
 #include <stdexcept>
+#include <tuple>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "lib/audio/LirvoxMicrophone.h"
+#include "lib/platform/MeteredUnit.h"
 #include "tests/support/ScriptedAudio.h"
 #include "tests/support/SoundRecorder.h"
 
@@ -185,6 +189,23 @@ TEST_F(MicrophoneDeathTest, EndsTheProcessWhenAnyOperationOfTheUnitFails) {
   platform::install(installed);
   EXPECT_DEATH(LirvoxMicrophone::microphone(),
                "Couldn't get input component unit!, file lib/audio/LirvoxMicrophone, line 177");
+}
+
+TEST(MeteredUnitTest, CountsTheFramesOfAnyFormatAndMeasuresThoseThatItCanRead) {
+  const auto script = std::make_shared<test::AudioScript>();
+  script->samples = {5, -7};
+  const auto level = std::make_shared<platform::SoundLevel>();
+  platform::MeteredUnit unit(std::make_unique<test::ScriptedUnit>(script), level);
+  for (const auto& [bits, isFloat, peak] :
+       {std::tuple(32U, false, 7U), {32U, true, 0U}, {16U, false, 0U}}) {
+    unit.setDeliveredStreamFormat(platform::interleavedPcm(11025, 1, bits, isFloat));
+    std::vector<std::byte> bytes(2 * bits / 8);
+    platform::AudioBufferList list{{{1, 2 * bits / 8, bytes.data()}}};
+    std::uint32_t flags = 0;
+    EXPECT_EQ(unit.render(flags, {}, platform::audioUnitInputBus, 2, list), 0);
+    EXPECT_EQ(level->peak.exchange(0), peak) << bits;
+  }
+  EXPECT_EQ(level->frames, 6U);
 }
 
 }  // namespace

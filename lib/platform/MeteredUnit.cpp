@@ -22,13 +22,14 @@ AudioStatus MeteredUnit::render(RenderActionFlags& actionFlags, const AudioTimeS
                                 AudioBufferList& list) {
   const AudioStatus status = unit_->render(actionFlags, timeStamp, busNumber, numberFrames, list);
   if (status != audioNoError) return status;
+  level_->frames += numberFrames;
+  if (!measures_) return status;
   const auto* const samples = static_cast<const std::int32_t*>(list.buffers.front().data);
   const auto [low, high] = std::minmax_element(samples, samples + numberFrames);
   const auto peak = static_cast<std::uint32_t>(std::max(-std::int64_t{*low}, std::int64_t{*high}));
   std::uint32_t known = level_->peak.load();
   while (known < peak && !level_->peak.compare_exchange_weak(known, peak)) {
   }
-  level_->frames += numberFrames;
   return status;
 }
 

@@ -19,8 +19,8 @@ struct SoundLevel {
   std::atomic<std::uint32_t> peak{0};
 };
 
-/// Hands everything on to another unit, whose samples are 32-bit integers, and measures
-/// what it renders. Threads: as for any unit.
+/// Hands everything on to another unit, and measures what it renders, which is 32-bit integers
+/// until another format is set: of that, only the frames are counted. Threads: as for any unit.
 class LIRVOX_EXPORT MeteredUnit : public AudioUnit {
  public:
   /// For short.
@@ -42,6 +42,7 @@ class LIRVOX_EXPORT MeteredUnit : public AudioUnit {
     return unit_->setClientStreamFormat(format);
   }
   AudioStatus setDeliveredStreamFormat(const Format& format) override {
+    measures_ = format.bitsPerChannel == 32 && (format.formatFlags & audioFormatFlagIsFloat) == 0;
     return unit_->setDeliveredStreamFormat(format);
   }
   AudioStatus maximumFramesPerSlice(std::uint32_t& frames) override {
@@ -61,6 +62,7 @@ class LIRVOX_EXPORT MeteredUnit : public AudioUnit {
  private:
   const std::unique_ptr<AudioUnit> unit_;
   const std::shared_ptr<SoundLevel> level_;
+  std::atomic<bool> measures_{true};
 };
 
 }  // namespace lirvox::platform
