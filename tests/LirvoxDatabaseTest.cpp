@@ -131,7 +131,7 @@ TEST_F(Database, NobodyWaitsForAPipeInThePlaceOfAFile) {
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
     EXPECT_FALSE(store_.selectFingerprints({{0, 3}}));
     EXPECT_FALSE(store_.databaseInfo());
-    EXPECT_EQ(platform_.log->lines().back(), pipe + ": a pipe or a device in the place of a file");
+    EXPECT_TRUE(platform_.log->has(pipe + ": a pipe or a device in the place of a file"));
     std::filesystem::remove(pipe);
   }
 }
