@@ -245,6 +245,7 @@ LirvoxDatabase::Statement LirvoxDatabase::prepare(const std::string& sql) {
     if (guard_) guard_->compiled();
     return Statement(statement);
   }
+  LookupGuard::refused(result);
   if (traceExecution_) {
     log("DB Error: " + std::to_string(lastErrorCode()) + " \"" + lastErrorMessage() + '"');
     log("DB Query: " + sql);
