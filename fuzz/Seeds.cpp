@@ -23,6 +23,8 @@ void writeArchives(const fs::path& folder) {
   test::ZipBytesEntry odd{"d/odd", text};
   odd.flags = 1;
   odd.dosDate = 0;
+  test::ZipBytesEntry same{"same", text};
+  same.overlaps = true;
   const std::pair<const char*, std::vector<test::ZipBytesEntry>> archives[] = {
       {"stored", {{"db1.sqlite", text}}},
       {"service", {{"home/", ""}, {"home/localhost/www/tmp/db1.sqlite", text, true}}},
@@ -32,6 +34,7 @@ void writeArchives(const fs::path& folder) {
       {"link", {{"l", "/etc", false, 0120777}, {"l/x", text}}},
       {"wide", {wide}},
       {"odd", {odd}},
+      {"overlapping", {{"once", text}, same}},
   };
   for (const auto& [name, entries] : archives) writeFile(folder / name, test::zipBytes(entries));
 }

@@ -8,6 +8,7 @@
 
 #include "lib/LirvoxSettings.h"
 #include "lib/ZipArchive/ZipArchive.h"
+#include "lib/platform/FolderTree.h"
 #include "lib/platform/Platform.h"
 #include "lib/platform/RunTask.h"
 #include "lib/platform/TemporaryFile.h"
@@ -39,7 +40,7 @@ void report(const std::string& path, const std::error_code& error) {
 void clearTheWay(const DatabaseLocations& at) {
   std::error_code ignored;
   for (const std::string& file : {at.downloadArchive, at.liveDatabase}) {
-    if (std::filesystem::is_directory(file, ignored)) std::filesystem::remove_all(file, ignored);
+    if (std::filesystem::is_directory(file, ignored)) platform::removeTree(file);
   }
   if (!std::filesystem::is_directory(at.sdkFolder, ignored)) {
     std::filesystem::remove(at.sdkFolder, ignored);
@@ -48,9 +49,8 @@ void clearTheWay(const DatabaseLocations& at) {
 
 // Journals that lie beside it belong to another database, or the archive planted them.
 void removeJournals(const DatabaseLocations& at) {
-  std::error_code ignored;
   for (const char* const ending : {"-journal", "-wal", "-shm"}) {
-    std::filesystem::remove_all(at.liveDatabase + ending, ignored);
+    platform::removeTree(at.liveDatabase + ending);
   }
 }
 
@@ -91,7 +91,7 @@ void installDownloadedArchive(const std::string& downloadedFile,
     return;
   }
   std::filesystem::remove(downloadedFile, ignored);  // a host may end with its answer
-  std::filesystem::remove_all(at.scratchFolder, ignored);
+  platform::removeTree(at.scratchFolder);
   // On these two ways out the archive stays, and what was unpacked, for whoever wants
   // to know why.
   if (!ZipArchive::unzipFileAtPath(at.downloadArchive, at.cachesRoot)) return;
@@ -102,7 +102,7 @@ void installDownloadedArchive(const std::string& downloadedFile,
     // The host's; what it throws must not keep the rest from being removed.
     if (completion) platform::runLogged([&] { completion(opened); });
   }
-  std::filesystem::remove_all(at.scratchFolder, ignored);
+  platform::removeTree(at.scratchFolder);
   std::filesystem::remove(at.downloadArchive, ignored);
 }
 

@@ -74,15 +74,32 @@ std::string fileSizeLine(const std::string& path) {
 
 // SQLite would make an empty file in the place of one that is not there, and updates would
 // take that for the database. (It does not where there is no folder either, and says so.)
-bool isMissing(const std::optional<std::string>& path) {
-  if (!path || path->empty()) return false;
+bool isMissing(const std::string& path) {
   std::error_code error;
-  if (std::filesystem::exists(*path, error) || error) return false;
-  if (!std::filesystem::exists(std::filesystem::absolute(*path, error).parent_path(), error)) {
+  if (std::filesystem::exists(path, error) || error) return false;
+  if (!std::filesystem::exists(std::filesystem::absolute(path, error).parent_path(), error)) {
     return false;
   }
-  log(*path + ": no such database");
+  log(path + ": no such database");
   return true;
+}
+
+// SQLite would wait for a pipe or a terminal, also for one that lies beside the file.
+bool isPipe(const std::string& path) {
+  std::error_code error;
+  for (const std::string& file : {path, path + "-journal", path + "-wal"}) {
+    const auto type = std::filesystem::status(file, error).type();
+    if (type != std::filesystem::file_type::fifo && type != std::filesystem::file_type::character) {
+      continue;
+    }
+    log(file + ": a pipe or a device in the place of a file");
+    return true;
+  }
+  return false;
+}
+
+bool isNoFile(const std::optional<std::string>& path) {
+  return path && !path->empty() && (isMissing(*path) || isPipe(*path));
 }
 
 int randomSleepInMilliseconds() {
@@ -166,7 +183,7 @@ class LirvoxDatabase::Closer {
 std::optional<LirvoxRowMap> LirvoxDatabase::selectFingerprints(
     const std::vector<QueryHash>& hashes) {
   const platform::MutexLock lock(*operation_);
-  if (isMissing(databasePath_)) return std::nullopt;
+  if (isNoFile(databasePath_)) return std::nullopt;
   const Closer closer(*this);
   if (!open() || !databaseExists()) return std::nullopt;
   traceExecution_ = LirvoxSettings::traceExecutionQuery();
@@ -188,7 +205,7 @@ std::optional<LirvoxRowMap> LirvoxDatabase::selectFingerprints(
 
 std::optional<std::string> LirvoxDatabase::databaseInfo() {
   const platform::MutexLock lock(*operation_);
-  if (isMissing(databasePath_)) return std::nullopt;
+  if (isNoFile(databasePath_)) return std::nullopt;
   const Closer closer(*this);
   if (!open() || !databaseExists()) return std::nullopt;
   std::optional<std::string> info;
@@ -228,6 +245,7 @@ LirvoxDatabase::Statement LirvoxDatabase::prepare(const std::string& sql) {
     if (guard_) guard_->compiled();
     return Statement(statement);
   }
+  LookupGuard::refused(result);
   if (traceExecution_) {
     log("DB Error: " + std::to_string(lastErrorCode()) + " \"" + lastErrorMessage() + '"');
     log("DB Query: " + sql);

@@ -19,10 +19,9 @@ constexpr const char* kRecordingName = "soundLirvox.dat";
 constexpr std::chrono::seconds kReplayTime{4};
 constexpr std::chrono::seconds kPauseBeforeLive{2};
 
-// The file; nothing when there is none, or it is none, such as a pipe that would be waited for.
+// The file; nothing when there is none.
 std::vector<std::byte> readFile(const std::string& path) {
   std::error_code error;
-  if (!std::filesystem::is_regular_file(path, error)) return {};
   const std::string content = platform::readWholeFile(path, error);
   const auto* const bytes = reinterpret_cast<const std::byte*>(content.data());
   return {bytes, bytes + content.size()};
@@ -70,6 +69,7 @@ void Lirvox::saveCurrentBufferToFile() const {
     const std::string folder = platform::current()->directories->cachesDirectory();
     std::error_code ignored;
     std::filesystem::create_directories(folder, ignored);
+    platform::removeAbandonedFiles(folder);
     platform::writeWholeFile(folder + '/' + kRecordingName,
                              {reinterpret_cast<const char*>(recording->data()), recording->size()});
   });

@@ -29,16 +29,22 @@ class LookupGuard {
   /// A statement of `length` characters is about to be compiled and run.
   void begin(std::size_t length);
 
+  /// It is not compiled: `result` is SQLite's. Logs what the file alone is to blame for.
+  static void refused(int result);
+
   /// It is compiled, and the only one on the connection.
   void compiled();
 
  private:
   static int count(void* guard);
   bool isSpent();
+  void lookEvery(int steps);
 
   sqlite3* const database_;
   const std::uint64_t fileBytes_;
+  int stepsBetweenLooks_ = 0;
   std::uint64_t stepsLeft_ = 0;
+  std::uint64_t mostMemory_ = 0;
   std::optional<std::chrono::steady_clock::time_point> end_;
 };
 

@@ -135,11 +135,23 @@ TEST_F(DatabaseFaults, AnswersFromATableAndNeverRunsWhatItsSchemaHolds) {
     const std::string last = "c" + std::to_string(i);
     doubling += ", c" + std::to_string(i + 1) + " AS (" + last + " + " + last + ")";
   }
+  std::string list = "1";  // whose tree is fifty times as large
+  for (int i = 0; i < 130000; ++i) list += ",1";
+  std::string trees;
+  for (const char name : std::string("abcdefghijklmn")) {
+    trees += std::string("; CREATE TRIGGER ") + name + " AFTER INSERT ON db BEGIN SELECT 1 IN (" +
+             list + "); END";
+  }
   const struct {
     const char* name;
     std::string sql;
     int rows;
+    const char* said = "";
   } files[] = {
+      {"a long text", columns + std::string(17000, ' ') + ")" + row, 1},
+      {"a text of a size that none has", columns + std::string(270000, ' ') + ")" + row, -1,
+       "a text of more than 256 KiB"},
+      {"a schema of trees", columns + ")" + row + trees, -1, "more memory than"},
       {"a trigger", columns + "); CREATE TRIGGER t AFTER INSERT ON db BEGIN SELECT 1; END" + row,
        1},
       {"an index on an expression", columns + "); CREATE INDEX i ON db(abs(num2))" + row, 1},
@@ -167,6 +179,7 @@ TEST_F(DatabaseFaults, AnswersFromATableAndNeverRunsWhatItsSchemaHolds) {
   for (const auto& file : files) {
     installTable(file.sql);
     EXPECT_EQ(rowsFound(), file.rows) << file.name;
+    EXPECT_TRUE(!*file.said || platform_.log->has(file.said)) << file.name;
   }
 }
 

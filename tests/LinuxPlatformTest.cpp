@@ -1,11 +1,14 @@
 // The folders, the log and the user defaults of the system.
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 #include <pwd.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "lib/LirvoxSettings.h"
@@ -77,12 +80,14 @@ TEST_F(UserDefaultsTest, ValuesReachOtherProcessesOnceSynchronizedAndLeaveTheirs
   EXPECT_TRUE(ours.synchronize());
   EXPECT_EQ(theirs.stringForKey("stamp"), "2026-05-04 \"x\"");
 
-  test::writeFile(path_, R"({"stamp": "1", "number": 7})");
+  test::writeFile(path_, R"({"stamp": "1", "number": -1.5, "none": null})");
   theirs.setString("2", "other");
   EXPECT_TRUE(theirs.synchronize());
   EXPECT_EQ(ours.stringForKey("stamp"), "1");
   EXPECT_EQ(ours.stringForKey("number"), std::nullopt) << "no string";
-  EXPECT_NE(test::readFile(path_).find('7'), std::string::npos);
+  EXPECT_EQ(test::readFile(path_),
+            "{\n  \"none\": null,\n  \"number\": -1.5,\n"
+            "  \"other\": \"2\",\n  \"stamp\": \"1\"\n}\n");
 }
 
 TEST_F(UserDefaultsTest, DamagedFilesCountAsEmptyAndAreKeptAside) {
@@ -90,7 +95,7 @@ TEST_F(UserDefaultsTest, DamagedFilesCountAsEmptyAndAreKeptAside) {
        {std::string("{\"stamp\": \"cut"), std::string("[1]"), std::string(),
         std::string(1000000, '['),
         "{\"a\": " + std::string(200000, '[') + std::string(200000, ']') + "}",
-        "{\"stamp\": \"" + std::string(17 << 20, 'x') + "\"}"}) {
+        "{\"stamp\": \"" + std::string(2 << 20, 'x') + "\"}"}) {
     test::writeFile(path_, damaged);
     JsonUserDefaults defaults(path_);
     EXPECT_EQ(defaults.stringForKey("stamp"), std::nullopt);
@@ -100,6 +105,23 @@ TEST_F(UserDefaultsTest, DamagedFilesCountAsEmptyAndAreKeptAside) {
     defaults.setString("new", "stamp");
     EXPECT_TRUE(defaults.synchronize());
     EXPECT_EQ(JsonUserDefaults(path_).stringForKey("stamp"), "new");
+  }
+}
+
+TEST_F(UserDefaultsTest, WhatIsNoFileIsNeitherWaitedForNorReadWithoutEnd) {
+  std::filesystem::create_directories(std::filesystem::path(path_).parent_path());
+  for (const auto& make : std::vector<std::function<void()>>{
+           [this] { ASSERT_EQ(::mkfifo(path_.c_str(), 0600), 0); },
+           [this] { std::filesystem::create_symlink("/dev/zero", path_); }}) {
+    make();
+    JsonUserDefaults defaults(path_);
+    EXPECT_EQ(defaults.stringForKey("stamp"), std::nullopt);
+    defaults.setString(std::string(1 << 20, 'x'), "stamp");
+    EXPECT_FALSE(defaults.synchronize()) << "too large to be read again";
+    defaults.setString("new", "stamp");
+    EXPECT_TRUE(defaults.synchronize());
+    EXPECT_EQ(JsonUserDefaults(path_).stringForKey("stamp"), "new");
+    std::filesystem::remove(path_);
   }
 }
 

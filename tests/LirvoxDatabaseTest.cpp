@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
 
 #include "lib/LirvoxDatabase.h"
 #include "lib/LirvoxSettings.h"
@@ -120,6 +121,19 @@ TEST_F(Database, AnswersNothingWhenSQLiteCannotOpenTheFile) {
   EXPECT_FALSE(store_.selectFingerprints({{0, 1}}));
   store_.setDatabasePath(path_);
   EXPECT_TRUE(store({{1, 2, 3}}).selectFingerprints({{0, 3}}));
+}
+
+TEST_F(Database, NobodyWaitsForAPipeInThePlaceOfAFile) {
+  store({{1, 2, 3}});
+  for (const char* const ending : {"-wal", "-journal", ""}) {
+    const std::string pipe = path_ + ending;
+    std::filesystem::remove(pipe);
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    EXPECT_FALSE(store_.selectFingerprints({{0, 3}}));
+    EXPECT_FALSE(store_.databaseInfo());
+    EXPECT_TRUE(platform_.log->has(pipe + ": a pipe or a device in the place of a file"));
+    std::filesystem::remove(pipe);
+  }
 }
 
 TEST_F(Database, GivesTheRowsReadSoFarOfADamagedFile) {

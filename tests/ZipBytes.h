@@ -21,6 +21,8 @@ struct ZipBytesEntry {
   std::optional<std::uint32_t> size{};
   std::optional<std::uint16_t> method{};
   bool zip64 = false;
+  /// Has its bytes where the entry before has them.
+  bool overlaps = false;
 };
 
 inline std::string deflate(const std::string& data) {
@@ -42,6 +44,7 @@ inline std::string zipBytes(const std::vector<ZipBytesEntry>& entries,
                             std::optional<std::uint16_t> count = {}) {
   std::string files;
   std::string directory;
+  std::size_t start = 0;
   for (const ZipBytesEntry& entry : entries) {
     const std::string packed = entry.deflated ? deflate(entry.data) : entry.data;
     const std::uint64_t size = entry.size.value_or(static_cast<std::uint32_t>(entry.data.size()));
@@ -57,10 +60,10 @@ inline std::string zipBytes(const std::vector<ZipBytesEntry>& entries,
         number(entry.dosDate, 4) + number(crc, 4) + number(entry.zip64 ? all : packed.size(), 4) +
         number(entry.zip64 ? all : size, 4) + number(entry.name.size(), 2) +
         number(extra.size(), 2);
+    if (!entry.overlaps) start = files.size();
     directory += "PK\1\2" + number((3U << 8) | 45U, 2) + number(45, 2) + common + number(0, 6) +
-                 number(std::uint64_t{entry.mode} << 16, 4) + number(files.size(), 4) + entry.name +
-                 extra;
-    files += "PK\3\4" + number(45, 2) + common + entry.name + extra + packed;
+                 number(std::uint64_t{entry.mode} << 16, 4) + number(start, 4) + entry.name + extra;
+    if (!entry.overlaps) files += "PK\3\4" + number(45, 2) + common + entry.name + extra + packed;
   }
   const std::uint64_t total = count.value_or(static_cast<std::uint16_t>(entries.size()));
   return files + directory + "PK\5\6" + number(0, 4) + number(total, 2) + number(total, 2) +

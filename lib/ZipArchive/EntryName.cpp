@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <filesystem>
 #include <sstream>
 #include <string_view>
@@ -51,10 +50,13 @@ std::optional<EntryPath> entryPath(const std::string& name) {
 }
 
 bool isArchiveName(const std::string& lastComponent) {
-  std::string extension = std::filesystem::path(lastComponent).extension();
-  std::transform(extension.begin(), extension.end(), extension.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return extension == ".zip";
+  const std::string extension = std::filesystem::path(lastComponent).extension();
+  constexpr std::string_view kExtension = ".zip";
+  // As ASCII has it: in the host's locale an I may be no capital of i.
+  return std::equal(extension.begin(), extension.end(), kExtension.begin(), kExtension.end(),
+                    [](char given, char lower) {
+                      return given == lower || (lower != '.' && lower == given + ('a' - 'A'));
+                    });
 }
 
 std::string printable(const std::string& name) {

@@ -65,10 +65,14 @@ bool Extraction::plan(ZipReader& reader, Plan& plan, LirvoxError& error) {
     error = zipError(ZipErrorCode::kNoFirstEntry, "failed to open first file in zip file");
     return false;
   }
+  // Entries that share their packed bytes would have them expanded over and over.
+  std::uint64_t packedBytesLeft = reader.archiveSize();
   for (; step == ZipReader::Step::kEntry; step = reader.next()) {
     const auto entry = reader.entry();
     if (!entry) return fail("damaged directory", error);
     if (!planEntry(*entry, plan, error)) return false;
+    if (entry->packedSize > packedBytesLeft) return fail("entries overlap", error);
+    packedBytesLeft -= entry->packedSize;
   }
   if (step == ZipReader::Step::kDamaged) return fail("damaged directory", error);
 

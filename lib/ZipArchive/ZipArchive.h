@@ -35,10 +35,11 @@ class LIRVOX_EXPORT ZipArchive {
   /// Nothing is written outside `destination`, no link below it is followed, and every file
   /// appears whole or not at all. An archive that holds a name leading outside, a link or device,
   /// a journal (".sqlite-journal", "-wal", "-shm"), a folder named as a database (".sqlite"), the
-  /// same file twice, an encrypted entry, or more than `limits` allow, fails before its first
-  /// file is written; a damaged one fails at the damaged entry, and the files before it stay. The
-  /// reason is logged and put into `error`, with the domain "SSZipArchiveErrorDomain" and the
-  /// code -1 (not an archive), -2 (no first entry) or -3 (everything else).
+  /// same file twice, an encrypted entry, entries that together are larger than the archive, or
+  /// more than `limits` allow, fails before its first file is written; a damaged one fails at the
+  /// damaged entry, and the files before it stay. The reason is logged and put into `error`, with
+  /// the domain "SSZipArchiveErrorDomain" and the code -1 (not an archive), -2 (no first entry) or
+  /// -3 (everything else).
   ///
   /// Blocks; callable from any thread. Memory use does not depend on file sizes.
   static bool unzipFileAtPath(const std::string& path, const std::string& destination,

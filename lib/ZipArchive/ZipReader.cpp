@@ -84,14 +84,14 @@ std::unique_ptr<ZipReader> ZipReader::open(platform::FileDescriptor archive) {
   callbacks.zopen64_file = openDescriptor;
   int descriptor = archive.get();
   callbacks.opaque = &descriptor;
-  void* const handle = unzOpen2_64("", &callbacks);
+  Handle handle(unzOpen2_64("", &callbacks));
   if (!handle) return nullptr;
-  return std::unique_ptr<ZipReader>(
-      new ZipReader(std::move(archive), handle, static_cast<std::uint64_t>(status.st_size)));
+  return std::unique_ptr<ZipReader>(new ZipReader(std::move(archive), std::move(handle),
+                                                  static_cast<std::uint64_t>(status.st_size)));
 }
 
-ZipReader::~ZipReader() {
-  unzClose(handle_);
+void ZipReader::Close::operator()(void* handle) const {
+  unzClose(handle);
 }
 
 ZipReader::Step ZipReader::step(int status) {
@@ -100,18 +100,18 @@ ZipReader::Step ZipReader::step(int status) {
 }
 
 ZipReader::Step ZipReader::first() {
-  return step(unzGoToFirstFile(handle_));
+  return step(unzGoToFirstFile(handle_.get()));
 }
 
 ZipReader::Step ZipReader::next() {
-  return step(unzGoToNextFile(handle_));
+  return step(unzGoToNextFile(handle_.get()));
 }
 
 std::optional<ZipEntry> ZipReader::entry() {
   unz_file_info64 info{};
   std::vector<char> name(kLongestField + 1);
   std::vector<char> extra(kLongestField);
-  if (unzGetCurrentFileInfo64(handle_, &info, name.data(), static_cast<uLong>(name.size()),
+  if (unzGetCurrentFileInfo64(handle_.get(), &info, name.data(), static_cast<uLong>(name.size()),
                               extra.data(), static_cast<uLong>(extra.size()), nullptr,
                               0) != UNZ_OK) {
     return std::nullopt;
@@ -135,9 +135,9 @@ bool ZipReader::read(const ZipEntry& entry, const EntryDecoder::Sink& sink) {
   int method = 0;
   int level = 0;
   constexpr int kRaw = 1;
-  if (unzOpenCurrentFile2(handle_, &method, &level, kRaw) != UNZ_OK) return false;
-  auto position = static_cast<off_t>(unzGetCurrentFileZStreamPos64(handle_));
-  unzCloseCurrentFile(handle_);
+  if (unzOpenCurrentFile2(handle_.get(), &method, &level, kRaw) != UNZ_OK) return false;
+  auto position = static_cast<off_t>(unzGetCurrentFileZStreamPos64(handle_.get()));
+  unzCloseCurrentFile(handle_.get());
 
   EntryDecoder decoder(entry.method, entry.size, sink);
   std::vector<char> packed(kReadBytes);

@@ -41,7 +41,6 @@ class ZipReader {
  public:
   /// Null if the descriptor is no regular file or the file no archive.
   static std::unique_ptr<ZipReader> open(platform::FileDescriptor archive);
-  ~ZipReader();
 
   ZipReader(const ZipReader&) = delete;
   ZipReader& operator=(const ZipReader&) = delete;
@@ -59,12 +58,17 @@ class ZipReader {
   bool read(const ZipEntry& entry, const EntryDecoder::Sink& sink);
 
  private:
-  ZipReader(platform::FileDescriptor archive, void* handle, std::uint64_t archiveSize)
-      : archive_(std::move(archive)), handle_(handle), archiveSize_(archiveSize) {}
+  struct Close {
+    void operator()(void* handle) const;
+  };
+  using Handle = std::unique_ptr<void, Close>;
+
+  ZipReader(platform::FileDescriptor archive, Handle handle, std::uint64_t archiveSize)
+      : archive_(std::move(archive)), handle_(std::move(handle)), archiveSize_(archiveSize) {}
   static Step step(int status);
 
   const platform::FileDescriptor archive_;
-  void* const handle_;
+  const Handle handle_;
   const std::uint64_t archiveSize_;
 };
 

@@ -14,6 +14,8 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 
+#include "lib/platform/FolderTree.h"
+
 namespace lirvox::platform {
 namespace {
 
@@ -38,6 +40,15 @@ std::string parentOf(const std::string& path) {
 
 std::string nameOf(const std::string& path) {
   return std::filesystem::path(path).filename();
+}
+
+// A pipe or a device, which may be waited for or read without end, is an error.
+FileDescriptor openRegularFile(const std::string& path, struct stat& status,
+                               std::error_code& error) {
+  FileDescriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  error = file && ::fstat(file.get(), &status) == 0 ? std::error_code() : lastError();
+  if (!error && !S_ISREG(status.st_mode)) error = make_error_code(std::errc::not_supported);
+  return file;
 }
 
 // Hands a file's bytes to `use` until it is at its end, or one of them fails.
@@ -147,12 +158,13 @@ std::error_code writeWholeFile(const std::string& path, std::string_view content
   return error ? error : file.moveTo(nameOf(path));
 }
 
-std::string readWholeFile(const std::string& path, std::error_code& error) {
+std::string readWholeFile(const std::string& path, std::error_code& error, std::size_t limit) {
   std::string content;
-  const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-  error = file ? std::error_code() : lastError();
+  struct stat ignored {};
+  const FileDescriptor file = openRegularFile(path, ignored, error);
   if (!error) {
     error = forEachPart(file, [&](std::string_view part) {
+      if (part.size() > limit - content.size()) return make_error_code(std::errc::file_too_large);
       content.append(part);
       return std::error_code();
     });
@@ -161,10 +173,10 @@ std::string readWholeFile(const std::string& path, std::error_code& error) {
 }
 
 std::error_code copyWholeFile(const std::string& from, const std::string& to) {
-  const FileDescriptor source(::open(from.c_str(), O_RDONLY | O_CLOEXEC));
-  struct stat status {};
-  if (!source || ::fstat(source.get(), &status) != 0) return lastError();
   std::error_code error;
+  struct stat status {};
+  const FileDescriptor source = openRegularFile(from, status, error);
+  if (error) return error;
   TemporaryFile copy = TemporaryFile::createIn(parentOf(to), error);
   if (error) return error;
   error = forEachPart(source, [&](std::string_view part) { return copy.append(part); });
@@ -174,14 +186,14 @@ std::error_code copyWholeFile(const std::string& from, const std::string& to) {
 }
 
 void removeAbandonedFiles(const std::string& folder) {
-  std::error_code error;
-  for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
-       entry.increment(error)) {
-    const std::string name = entry->path().filename();
-    if (name.compare(0, kPrefix.size(), kPrefix) != 0) continue;
+  FolderEntries entries(FileDescriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)));
+  while (const char* const name = entries.next()) {
+    if (!std::string_view(name).starts_with(kPrefix)) continue;
     const FileDescriptor file(
-        ::open(entry->path().c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-    if (file && ::flock(file.get(), LOCK_EX | LOCK_NB) == 0) ::unlink(entry->path().c_str());
+        ::openat(entries.folder(), name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    if (file && ::flock(file.get(), LOCK_EX | LOCK_NB) == 0) {
+      ::unlinkat(entries.folder(), name, 0);
+    }
   }
 }
 

@@ -1,6 +1,7 @@
 // Files that appear under their name whole or not at all.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -46,14 +47,16 @@ class TemporaryFile {
   std::string name_;  // empty: nothing to remove
 };
 
-/// All bytes of a file; empty with an error.
-std::string readWholeFile(const std::string& path, std::error_code& error);
+/// All bytes of a file; empty with an error: `file_too_large` beyond `limit` bytes,
+/// `not_supported` for what is no regular file.
+std::string readWholeFile(const std::string& path, std::error_code& error,
+                          std::size_t limit = static_cast<std::size_t>(-1));
 
 /// Writes a file that appears whole or not at all.
 std::error_code writeWholeFile(const std::string& path, std::string_view content);
 
 /// Copies the content of a file to `to`, where it appears whole or not at all; `to`
-/// gets the permissions of `from`. Its folder must exist.
+/// gets the permissions of `from`, which is a regular file. Its folder must exist.
 std::error_code copyWholeFile(const std::string& from, const std::string& to);
 
 /// Removes what killed processes have left unnamed in `folder`. Files that are

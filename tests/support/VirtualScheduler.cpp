@@ -4,13 +4,12 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdint>
-#include <exception>
 #include <map>
 #include <mutex>
 #include <string>
 #include <utility>
 
-#include "lib/platform/Platform.h"
+#include "lib/platform/RunTask.h"
 #include "tests/support/Faults.h"
 
 namespace lirvox::test {
@@ -78,11 +77,7 @@ class VirtualScheduler::Queue : public platform::TaskQueue,
       task = std::move(first->second);
       tasks_.erase(first);
     }
-    try {
-      task();
-    } catch (const std::exception& error) {
-      platform::log(std::string("A task ended with an exception: ") + error.what());
-    }
+    platform::runLogged(task);
     return true;
   }
 

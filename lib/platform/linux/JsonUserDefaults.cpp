@@ -2,48 +2,44 @@
 #include "lib/platform/linux/JsonUserDefaults.h"
 
 #include <algorithm>
-#include <cstdint>
+#include <cstddef>
 #include <filesystem>
 
-#include <nlohmann/json.hpp>
-
+#include "lib/platform/JsonMembers.h"
 #include "lib/platform/Platform.h"
 #include "lib/platform/TemporaryFile.h"
 
 namespace lirvox::platform {
 namespace {
 
-using Json = nlohmann::json;
-
 // Far above what is ever stored.
-constexpr std::uintmax_t kLargestFile = std::uintmax_t{16} << 20;
+constexpr std::size_t kLargestFile = std::size_t{1} << 20;
 
-// Whether this may be what was stored: no arrays or objects within. Writing what is nested
-// deeply takes more stack than there is.
-bool isFlatObject(const Json& json) {
-  return json.is_object() &&
-         std::none_of(json.begin(), json.end(), [](const Json& v) { return v.is_structured(); });
+// Whether this may be what was stored: no arrays or objects within.
+bool isFlat(const JsonMembers& members) {
+  return std::none_of(members.begin(), members.end(), [](const auto& member) {
+    return member.second.kind == JsonMember::Kind::structure;
+  });
 }
 
-// A missing file is an empty object; one that cannot have been stored is set aside. A file
-// that cannot be read is left alone: that tells nothing of what it holds.
-Json readObject(const std::string& path, std::error_code& error) {
-  std::error_code ignored;
-  const bool isTooLarge = std::filesystem::file_size(path, ignored) > kLargestFile && !ignored;
-  if (!isTooLarge) {
-    const std::string text = readWholeFile(path, error);
-    if (error) {
-      if (error == std::errc::no_such_file_or_directory) error.clear();
-      return Json::object();
-    }
-    constexpr bool kThrows = false;
-    Json object = Json::parse(text, nullptr, kThrows);
-    if (isFlatObject(object)) return object;
+// A missing file is an empty object; one that cannot have been stored is set aside, as is a
+// pipe or a folder. A file that cannot be read is left alone: that tells nothing of what it
+// holds.
+JsonMembers readObject(const std::string& path, std::error_code& error) {
+  const std::string text = readWholeFile(path, error, kLargestFile);
+  if (error && error != std::errc::file_too_large && error != std::errc::not_supported) {
+    if (error == std::errc::no_such_file_or_directory) error.clear();
+    return {};
   }
+  if (!error) {
+    if (auto members = parseJsonMembers(text); members && isFlat(*members)) return *members;
+  }
+  error.clear();
+  std::error_code ignored;
   const std::string aside = path + ".damaged";
   std::filesystem::rename(path, aside, ignored);
   log("User defaults are damaged and were moved to " + aside);
-  return Json::object();
+  return {};
 }
 
 }  // namespace
@@ -52,10 +48,7 @@ std::optional<std::string> JsonUserDefaults::stringForKey(const std::string& key
   const MutexLock lock(mutex_);
   if (const auto unsaved = unsaved_.find(key); unsaved != unsaved_.end()) return unsaved->second;
   std::error_code ignored;
-  const Json object = readObject(path_, ignored);
-  const auto value = object.find(key);
-  if (value == object.end() || !value->is_string()) return std::nullopt;
-  return value->get<std::string>();
+  return stringAt(readObject(path_, ignored), key);
 }
 
 void JsonUserDefaults::setString(const std::string& value, const std::string& key) {
@@ -67,12 +60,12 @@ bool JsonUserDefaults::synchronize() {
   const MutexLock lock(mutex_);
   if (unsaved_.empty()) return true;
   std::error_code error;
-  Json object = readObject(path_, error);
-  for (const auto& [key, value] : unsaved_) object[key] = value;
+  JsonMembers members = readObject(path_, error);
+  for (const auto& [key, value] : unsaved_) members[key] = {JsonMember::Kind::string, value};
   // Bytes that are no UTF-8 are replaced: a stamp that comes back changed only means
   // another download, a file that cannot be written would mean one every time.
-  constexpr auto kBadBytes = Json::error_handler_t::replace;
-  const std::string content = object.dump(2, ' ', false, kBadBytes) + '\n';
+  const std::string content = jsonText(members);
+  if (!error && content.size() > kLargestFile) error = make_error_code(std::errc::file_too_large);
   if (!error) {
     const std::filesystem::path folder = std::filesystem::path(path_).parent_path();
     std::filesystem::create_directories(folder, error);
