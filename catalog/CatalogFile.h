@@ -33,8 +33,8 @@ class CatalogFile {
     created,        ///< a new one; what is there is replaced when it is published
   };
 
-  /// Opens the catalogue at `path`. A new one is a file beside it, which `publish` moves
-  /// into place and the destructor removes otherwise.
+  /// Opens the catalogue at `path`, and undoes what a killed process has left half done. A new one
+  /// is a file beside it, which `publish` moves into place and the destructor removes otherwise.
   explicit CatalogFile(std::string path, Which which = Which::existingOrNew);
 
   CatalogFile(const CatalogFile&) = delete;
@@ -69,5 +69,9 @@ class CatalogFile {
   platform::TemporaryFile unpublished_;  // a new file, until it is published
   std::unique_ptr<SQLite::Database> database_;
 };
+
+/// Throws `CatalogError` unless there is a catalogue at `path` that can be changed. What a
+/// killed process has left half done is undone.
+void expectWritableCatalog(const std::string& path);
 
 }  // namespace lirvox::catalog
