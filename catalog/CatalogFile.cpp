@@ -144,7 +144,7 @@ void CatalogFile::setHashCounts(const HashCounts& counts, std::uint32_t limit) {
 }
 
 std::uint32_t CatalogFile::commonHashLimit() {
-  return static_cast<std::uint32_t>(
+  return asNumber<std::uint32_t>(
       note(kLimitNote).value_or(std::numeric_limits<std::uint32_t>::max()));
 }
 

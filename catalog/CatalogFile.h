@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -23,6 +24,14 @@ constexpr int kUserVersion = 1;
 /// The note of the largest id that was ever given, if that track may be gone: what devices
 /// and people remember of an id must not become another track's.
 constexpr const char* kLargestIdNote = "largest id";
+
+/// A noted number as one of another type: files may hold any. The nearest there is.
+template <typename Number>
+Number asNumber(double noted) {
+  using Limits = std::numeric_limits<Number>;
+  if (!(noted > static_cast<double>(Limits::lowest()))) return Limits::lowest();
+  return noted < static_cast<double>(Limits::max()) ? static_cast<Number>(noted) : Limits::max();
+}
 
 /// Opens, creates and publishes the file; knows its tables, not their rows.
 class CatalogFile {
