@@ -26,7 +26,7 @@ Number settle(CatalogFile& file, const std::string& path, const std::string& nam
     file.setNote(name, static_cast<double>(chosen));
     return chosen;
   }
-  const auto existing = static_cast<Number>(*known);
+  const auto existing = asNumber<Number>(*known);
   if (wanted && *wanted != existing) {
     throw CatalogError(path + ": made with " + name + " = " + std::to_string(existing) +
                        ", which is fixed for the tracks of one database");
@@ -68,8 +68,8 @@ void Catalog::add(NewTrack track) {
 
 std::size_t Catalog::rowsInFile() {
   return naming(path_, [&] {
-    return static_cast<std::size_t>(file_->note("rows").value_or(0) +
-                                    file_->note("held rows").value_or(0));
+    return asNumber<std::size_t>(file_->note("rows").value_or(0) +
+                                 file_->note("held rows").value_or(0));
   });
 }
 

@@ -2,6 +2,7 @@
 #include "catalog/CatalogCommit.h"
 
 #include <algorithm>
+#include <limits>
 #include <optional>
 #include <queue>
 #include <string>
@@ -95,14 +96,19 @@ void CatalogCommit::loadCounts() {
 
 // The largest id that was ever given.
 std::int32_t CatalogCommit::largestId() {
-  return std::max(static_cast<std::int32_t>(file_.note(kLargestIdNote).value_or(0)),
+  return std::max(asNumber<std::int32_t>(file_.note(kLargestIdNote).value_or(0)),
                   database_.execAndGet("SELECT coalesce(max(track_id), 0) FROM tracks").getInt());
 }
 
 // Ids count from 1: an id of 0 could not be told from no result. A track whose path is
 // known keeps its id and loses its rows.
 std::vector<std::int32_t> CatalogCommit::assignIds(const std::vector<NewTrack>& tracks) {
-  std::int32_t next = largestId() + 1;
+  const std::int32_t largest = largestId();
+  if (tracks.size() >
+      static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max() - largest)) {
+    throw SQLite::Exception("there are more tracks than ids");
+  }
+  std::int32_t next = largest + 1;
   SQLite::Statement known(database_, "SELECT track_id FROM sources WHERE path = ?");
   std::unordered_set<std::int32_t> replaced;
   std::vector<std::int32_t> ids;

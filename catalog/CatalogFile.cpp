@@ -1,11 +1,16 @@
 // The SQLite file behind a catalogue.
 #include "catalog/CatalogFile.h"
 
+#include <array>
 #include <filesystem>
+#include <fstream>
 #include <limits>
 #include <stdexcept>
+#include <string_view>
 #include <system_error>
 #include <utility>
+
+#include "lib/LookupGuard.h"
 
 namespace lirvox::catalog {
 namespace {
@@ -31,6 +36,19 @@ constexpr const char* kTables = R"(
                        modified INTEGER NOT NULL) WITHOUT ROWID;
   CREATE TABLE config(key TEXT PRIMARY KEY, value NOT NULL) WITHOUT ROWID;
 )";
+
+// The journal that an interrupted change has left is played back. At the end of one that more
+// databases than one take part in stands the name of a file, which SQLite then removes; lirvox
+// leaves no such journal.
+void expectOwnJournal(const std::string& path) {
+  constexpr std::string_view kEndWithName = "\xd9\xd5\x05\xf9\x20\xa1\x63\xd7";
+  std::ifstream journal(path + "-journal", std::ios::binary);
+  std::array<char, kEndWithName.size()> end{};
+  journal.seekg(-static_cast<std::streamoff>(end.size()), std::ios::end);
+  if (!journal.read(end.data(), end.size())) return;
+  if (std::string_view(end.data(), end.size()) != kEndWithName) return;
+  throw CatalogError(path + "-journal: not left by lirvox, and would remove a file; delete it");
+}
 
 std::string parentOf(const std::string& path) {
   const std::string parent = fs::path(path).parent_path().string();
@@ -58,9 +76,14 @@ SQLite::Database& CatalogFile::database() {
 }
 
 void CatalogFile::openExisting() {
+  expectDatabase(path_);
+  expectOwnJournal(path_);
   database_ =
       std::make_unique<SQLite::Database>(path_, SQLite::OPEN_READWRITE, kBusyTimeoutInMilliseconds);
+  restrictToTables(database_->getHandle());
   expectCatalog(*database_, path_);
+  expectOrdinaryTables(*database_, path_);
+  database_->exec("PRAGMA ignore_check_constraints = ON");  // it has none of ours
   database_->exec(kCacheSize);
 }
 
@@ -121,7 +144,7 @@ void CatalogFile::setHashCounts(const HashCounts& counts, std::uint32_t limit) {
 }
 
 std::uint32_t CatalogFile::commonHashLimit() {
-  return static_cast<std::uint32_t>(
+  return asNumber<std::uint32_t>(
       note(kLimitNote).value_or(std::numeric_limits<std::uint32_t>::max()));
 }
 
@@ -134,6 +157,10 @@ void CatalogFile::publish() {
   error = unpublished_.moveTo(fs::path(path_).filename());
   if (error) throw CatalogError(path_ + ": " + error.message());
   openExisting();
+}
+
+void expectWritableCatalog(const std::string& path) {
+  CatalogFile(path, CatalogFile::Which::existing);
 }
 
 }  // namespace lirvox::catalog

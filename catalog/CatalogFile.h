@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -24,6 +25,14 @@ constexpr int kUserVersion = 1;
 /// and people remember of an id must not become another track's.
 constexpr const char* kLargestIdNote = "largest id";
 
+/// A noted number as one of another type: files may hold any. The nearest there is.
+template <typename Number>
+Number asNumber(double noted) {
+  using Limits = std::numeric_limits<Number>;
+  if (!(noted > static_cast<double>(Limits::lowest()))) return Limits::lowest();
+  return noted < static_cast<double>(Limits::max()) ? static_cast<Number>(noted) : Limits::max();
+}
+
 /// Opens, creates and publishes the file; knows its tables, not their rows.
 class CatalogFile {
  public:
@@ -33,8 +42,8 @@ class CatalogFile {
     created,        ///< a new one; what is there is replaced when it is published
   };
 
-  /// Opens the catalogue at `path`. A new one is a file beside it, which `publish` moves
-  /// into place and the destructor removes otherwise.
+  /// Opens the catalogue at `path`, and undoes what a killed process has left half done. A new one
+  /// is a file beside it, which `publish` moves into place and the destructor removes otherwise.
   explicit CatalogFile(std::string path, Which which = Which::existingOrNew);
 
   CatalogFile(const CatalogFile&) = delete;
@@ -69,5 +78,9 @@ class CatalogFile {
   platform::TemporaryFile unpublished_;  // a new file, until it is published
   std::unique_ptr<SQLite::Database> database_;
 };
+
+/// Throws `CatalogError` unless there is a catalogue at `path` that can be changed. What a
+/// killed process has left half done is undone.
+void expectWritableCatalog(const std::string& path);
 
 }  // namespace lirvox::catalog

@@ -4,20 +4,18 @@
 #include <array>
 #include <cstdint>
 #include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <string_view>
 #include <system_error>
 #include <vector>
 
 #include <SQLiteCpp/SQLiteCpp.h>
+#include <SQLiteCpp/VariadicBind.h>
 
 #include "catalog/CatalogFile.h"
 
 namespace lirvox::catalog {
 namespace {
-
-namespace fs = std::filesystem;
 
 // Clustered as a catalogue is. Written in order, pages are full and the bytes depend on
 // the content alone.
@@ -27,30 +25,46 @@ constexpr const char* kTables = R"(
   CREATE TABLE tracks(track_id INTEGER PRIMARY KEY, title TEXT NOT NULL, artist TEXT NOT NULL,
                       path TEXT NOT NULL, duration REAL NOT NULL);
 )";
-constexpr const char* kCopyRows = R"(
-  INSERT OR IGNORE INTO db(track_id, num1, num2)
-  SELECT track_id, num1, num2 FROM original.db ORDER BY num2, track_id, num1)";
-constexpr const char* kCopyTracks = R"(
-  INSERT INTO tracks(track_id, title, artist, path, duration)
-  SELECT track_id, title, artist, '', duration FROM original.tracks ORDER BY track_id)";
+constexpr const char* kRows = R"(
+  SELECT track_id, num1, num2 FROM db
+  WHERE track_id IS NOT NULL AND num1 IS NOT NULL AND num2 IS NOT NULL
+  ORDER BY num2, track_id, num1)";
 
+void copyRows(SQLite::Database& original, SQLite::Database& device) {
+  SQLite::Statement from(original, kRows);
+  SQLite::Statement into(device, "INSERT OR IGNORE INTO db(track_id, num1, num2) VALUES(?, ?, ?)");
+  while (from.executeStep()) {
+    for (int i = 0; i < 3; ++i) into.bind(i + 1, from.getColumn(i).getInt64());
+    into.exec();
+    into.reset();
+  }
+}
+
+void copyTracks(SQLite::Database& original, SQLite::Database& device) {
+  SQLite::Statement from(original, "SELECT track_id, title, artist, duration FROM tracks");
+  SQLite::Statement into(device, "INSERT INTO tracks VALUES(?, ?, ?, '', ?)");
+  while (from.executeStep()) {
+    SQLite::bind(into, from.getColumn(0).getInt64(), from.getColumn(1).getString(),
+                 from.getColumn(2).getString(), from.getColumn(3).getDouble());
+    into.exec();
+    into.reset();
+  }
+}
+
+// Row by row: a connection that had both databases would run what the schema of one holds
+// with the rights to change the other.
 void copy(const std::string& original, const std::string& path) {
+  const auto reader = openForReading(original);
   SQLite::Database device(path, SQLite::OPEN_READWRITE);
   // A file that nobody knows of yet needs no journal.
   device.exec("PRAGMA journal_mode = OFF");
   device.exec("PRAGMA synchronous = OFF");
   device.exec("PRAGMA application_id = " + std::to_string(kDeviceApplicationId));
   device.exec("PRAGMA user_version = " + std::to_string(kUserVersion));
-  SQLite::Statement attach(device, "ATTACH ? AS original");
-  attach.bind(1, original);
-  attach.exec();
   SQLite::Transaction transaction(device);
   device.exec(kTables);
-  device.exec(kCopyRows);
-  const bool named =
-      device.execAndGet("SELECT count(*) FROM original.sqlite_master WHERE name = 'tracks'")
-          .getInt() > 0;
-  if (named) device.exec(kCopyTracks);
+  copyRows(*reader, device);
+  if (reader->tableExists("tracks")) copyTracks(*reader, device);
   transaction.commit();
 }
 
@@ -75,9 +89,7 @@ class ContentHash {
 }  // namespace
 
 DeviceDatabase::DeviceDatabase(const std::string& original, const std::string& folder) {
-  // Attaching would make a missing file.
   std::error_code error;
-  if (!fs::is_regular_file(original, error)) throw CatalogError(original + ": no such database");
   file_ = platform::TemporaryFile::createIn(folder, error);
   if (error) throw CatalogError(folder + ": " + error.message());
   path_ = folder + '/' + file_.name();

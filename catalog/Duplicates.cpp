@@ -44,8 +44,9 @@ std::vector<Candidate> findCandidates(SQLite::Database& database, const std::str
 
 std::vector<Duplicate> findDuplicates(const std::string& path, double leastSeconds,
                                       const ProgressHandler& progress) {
-  SQLite::Database database = openForReading(path);
+  const auto reader = openForReading(path);
   return naming(path, [&] {
+    SQLite::Database& database = *reader;
     if (!isIndexedByHash(database)) throw CatalogError(path + ": has no index by hash");
     database.exec("BEGIN");  // all readings see the same rows
     Overlaps overlaps(findCandidates(database, path, progress));

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <deque>
 #include <map>
+#include <memory>
 #include <numeric>
 #include <sstream>
 #include <tuple>
@@ -22,7 +23,7 @@ constexpr double kShareOfCounting = 0.25;
 
 struct Part {
   std::string path;
-  SQLite::Database database;
+  std::shared_ptr<SQLite::Database> database;
 };
 
 std::string asText(double number) {
@@ -62,8 +63,8 @@ Merge::Merge(const std::vector<std::string>& paths, const MergeOptions& options,
     parts_.push_back({path, openCatalogForReading(path)});
     // What is read again later must be what was read first.
     naming(path, [&] {
-      parts_.back().database.exec("BEGIN");
-      plan_.add(parts_.back().database, path);
+      parts_.back().database->exec("BEGIN");
+      plan_.add(*parts_.back().database, path);
     });
   }
   settle("alignments", {});
@@ -73,7 +74,7 @@ Merge::Merge(const std::vector<std::string>& paths, const MergeOptions& options,
 
 std::optional<double> Merge::note(Part& part, const std::string& key) const {
   return naming(part.path, [&]() -> std::optional<double> {
-    SQLite::Statement query(part.database, "SELECT value FROM config WHERE key = ?");
+    SQLite::Statement query(*part.database, "SELECT value FROM config WHERE key = ?");
     query.bind(1, key);
     if (!query.executeStep()) return std::nullopt;
     return query.getColumn(0).getDouble();
@@ -101,7 +102,7 @@ void Merge::forEachHash(Visit visit) {
   for (std::size_t part = 0; part < parts_.size(); ++part) {
     for (const char* const table : {"db", "held"}) {
       naming(parts_[part].path, [&] {
-        readers.emplace_back(part, HashRows(parts_[part].database, table, parts_[part].path));
+        readers.emplace_back(part, HashRows(*parts_[part].database, table, parts_[part].path));
       });
     }
   }

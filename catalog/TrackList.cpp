@@ -31,13 +31,13 @@ std::string fullTitle(const TrackInfo& info) {
 }
 
 std::vector<ListedTrack> listTracks(const std::string& path) {
-  SQLite::Database database = openForReading(path);
+  const auto database = openForReading(path);
   return naming(path, [&] {
     std::vector<ListedTrack> tracks;
-    const bool named = database.tableExists("tracks");
+    const bool named = database->tableExists("tracks");
     SQLite::Statement query(
-        database, named ? "SELECT track_id, title, artist, path, duration FROM tracks ORDER BY 1"
-                        : "SELECT DISTINCT track_id, '', '', '', 0.0 FROM db ORDER BY 1");
+        *database, named ? "SELECT track_id, title, artist, path, duration FROM tracks ORDER BY 1"
+                         : "SELECT DISTINCT track_id, '', '', '', 0.0 FROM db ORDER BY 1");
     while (query.executeStep()) {
       tracks.push_back({query.getColumn(0).getInt(),
                         {query.getColumn(1).getString(), query.getColumn(2).getString(),
@@ -49,11 +49,11 @@ std::vector<ListedTrack> listTracks(const std::string& path) {
 
 void countRows(const std::string& path, std::vector<ListedTrack>& tracks,
                const ProgressHandler& progress) {
-  SQLite::Database database = openForReading(path);
+  const auto database = openForReading(path);
   std::unordered_map<std::int32_t, ListedTrack*> byId;
   for (ListedTrack& track : tracks) byId[track.id] = &track;
   const auto count = [&](const std::string& table, std::int64_t ListedTrack::*number) {
-    SQLite::Statement query(database, "SELECT track_id, num2 FROM " + table);
+    SQLite::Statement query(*database, "SELECT track_id, num2 FROM " + table);
     for (std::uint64_t i = 0; query.executeStep(); ++i) {
       const auto track = byId.find(query.getColumn(0).getInt());
       if (track != byId.end()) ++(track->second->*number);
@@ -63,7 +63,7 @@ void countRows(const std::string& path, std::vector<ListedTrack>& tracks,
   };
   naming(path, [&] {
     count("db", &ListedTrack::rows);
-    if (database.tableExists("held")) count("held", &ListedTrack::heldRows);
+    if (database->tableExists("held")) count("held", &ListedTrack::heldRows);
   });
 }
 

@@ -206,8 +206,8 @@ void Verifier::each(const char* what, const std::string& query) {
 }  // namespace
 
 Verification verify(const std::string& path, const ProgressHandler& progress) {
-  SQLite::Database database = openForReading(path);
-  return naming(path, [&] { return Verifier(database, progress).run(); });
+  const auto database = openForReading(path);
+  return naming(path, [&] { return Verifier(*database, progress).run(); });
 }
 
 }  // namespace lirvox::catalog

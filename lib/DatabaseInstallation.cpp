@@ -35,6 +35,13 @@ void report(const std::string& path, const std::error_code& error) {
   platform::log(path + ": " + error.message());
 }
 
+// A folder "home" in it would be everybody's.
+bool isRoot(const std::string& folder) {
+  std::error_code ignored;
+  const auto path = std::filesystem::weakly_canonical(folder, ignored);
+  return path == path.root_path();
+}
+
 // What an earlier archive has put in the place of a file or a folder would keep every later
 // one out.
 void clearTheWay(const DatabaseLocations& at) {
@@ -81,6 +88,10 @@ DatabaseLocations::DatabaseLocations()
 void installDownloadedArchive(const std::string& downloadedFile,
                               const std::function<void(bool)>& completion) {
   const DatabaseLocations at;
+  if (isRoot(at.cachesRoot)) {
+    platform::log(at.cachesRoot + ": the caches folder must be the application's own; no update");
+    return;
+  }
   std::error_code ignored;
   std::filesystem::create_directories(at.cachesRoot, ignored);
   platform::removeAbandonedFiles(at.cachesRoot);

@@ -47,7 +47,16 @@ std::uint64_t sizeOf(const std::string& path) {
   return error ? 0 : bytes;
 }
 
-void restrict(sqlite3* database) {
+}  // namespace
+
+int openForReading(const std::string& path, sqlite3*& database) {
+  const int result = sqlite3_open_v2(path.c_str(), &database, SQLITE_OPEN_READONLY, nullptr);
+  if (result != SQLITE_CANTOPEN) return result;
+  sqlite3_close(database);
+  return sqlite3_open(path.c_str(), &database);
+}
+
+void restrictToTables(sqlite3* database) {
   for (const int option : {SQLITE_DBCONFIG_ENABLE_TRIGGER, SQLITE_DBCONFIG_ENABLE_VIEW,
                            SQLITE_DBCONFIG_TRUSTED_SCHEMA}) {
     sqlite3_db_config(database, option, 0, nullptr);
@@ -62,18 +71,9 @@ void restrict(sqlite3* database) {
   sqlite3_file_control(database, "main", SQLITE_FCNTL_MMAP_SIZE, &mappedBytes);
 }
 
-}  // namespace
-
-int openForReading(const std::string& path, sqlite3*& database) {
-  const int result = sqlite3_open_v2(path.c_str(), &database, SQLITE_OPEN_READONLY, nullptr);
-  if (result != SQLITE_CANTOPEN) return result;
-  sqlite3_close(database);
-  return sqlite3_open(path.c_str(), &database);
-}
-
 LookupGuard::LookupGuard(sqlite3* database, const std::string& path)
     : database_(database), fileBytes_(sizeOf(path) + sizeOf(path + "-wal")) {
-  restrict(database);
+  restrictToTables(database);
 }
 
 void LookupGuard::lookEvery(int steps) {
@@ -97,6 +97,11 @@ void LookupGuard::refused(int result) {
   if (result != SQLITE_TOOBIG) return;
   platform::log("The schema of the database has a text of more than " +
                 std::to_string(kLongestText >> 10) + " KiB; not read");
+}
+
+void LookupGuard::beginUntimed(std::size_t length) {
+  begin(length);
+  end_ = std::chrono::steady_clock::time_point::max();
 }
 
 void LookupGuard::compiled() {

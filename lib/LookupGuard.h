@@ -16,6 +16,11 @@ namespace lirvox {
 /// `database` is as SQLite sets it.
 int openForReading(const std::string& path, sqlite3*& database);
 
+/// Leaves of what the schema of the open connection `database` holds only its tables:
+/// views and virtual tables cannot be asked, triggers do not run, and expressions are kept
+/// small and call nothing that reaches outside.
+void restrictToTables(sqlite3* database);
+
 /// Guards one connection against what its file holds: views and virtual tables cannot be
 /// asked, expressions of the schema are kept small, and a statement ends once it has done
 /// more than any table in a file of that size can ask for. One thread at a time.
@@ -28,6 +33,9 @@ class LookupGuard {
 
   /// A statement of `length` characters is about to be compiled and run.
   void begin(std::size_t length);
+
+  /// As `begin`, where whoever asks takes any time between two rows.
+  void beginUntimed(std::size_t length);
 
   /// It is not compiled: `result` is SQLite's. Logs what the file alone is to blame for.
   static void refused(int result);

@@ -235,26 +235,11 @@ TEST_F(DatabaseFaults, StopsReadingATreeWhoseBranchesAllLeadToOneLeaf) {
   }
 }
 
-// A journal that is played back ends with the removal of the file that it names at its end.
 TEST_F(DatabaseFaults, NeverPlaysBackAJournalThatLiesBesideIt) {
   test::writeFingerprintFile(path_, std::vector<test::FingerprintRow>(2000, {1, 2, 3}));
   const std::string victim = platform_.folder.path("victim");
   test::writeFile(victim, "precious");
-  sqlite3* file = nullptr;
-  sqlite3_open(path_.c_str(), &file);
-  sqlite3_exec(file, "PRAGMA cache_size = 1; BEGIN; UPDATE db SET num1 = 9", nullptr, nullptr,
-               nullptr);
-  const std::string journal = test::readFile(path_ + "-journal");
-  sqlite3_close(file);
-  std::string tail(8, '\0');
-  putNumber(tail, 0, 0x40000000 / 4096 + 1);
-  putNumber(tail, 4, victim.size());
-  tail.insert(4, victim);
-  std::size_t sum = 0;
-  for (const char c : victim) sum += static_cast<unsigned char>(c);
-  tail += std::string(4, '\0');
-  putNumber(tail, tail.size() - 4, sum);
-  test::writeFile(path_ + "-journal", journal + tail + journal.substr(0, 8));
+  test::writeJournalThatRemoves(victim, path_);
   const std::string before = test::readFile(path_);
 
   EXPECT_EQ(rowsFound(), -1);

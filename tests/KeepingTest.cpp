@@ -1,5 +1,6 @@
 // Keeping a catalogue: listing, removing, renaming, merging, verifying, duplicates.
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <random>
 #include <set>
@@ -11,12 +12,14 @@
 
 #include "catalog/Catalog.h"
 #include "catalog/CatalogError.h"
-#include "catalog/DatabaseFile.h"
+#include "catalog/CatalogFile.h"
+#include "catalog/CatalogSummary.h"
 #include "catalog/DeviceDatabase.h"
 #include "catalog/Duplicates.h"
 #include "catalog/Merge.h"
 #include "catalog/TrackChanges.h"
 #include "catalog/Verify.h"
+#include "tests/support/FingerprintFile.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace lirvox::catalog {
@@ -49,9 +52,9 @@ class Keeping : public ::testing::Test {
   std::string path(const std::string& name) const { return folder_.path(name).string(); }
 
   static std::set<Row> rows(const std::string& path, const std::string& table) {
-    SQLite::Database database = openForReading(path);
+    const auto database = openForReading(path);
     SQLite::Statement query(
-        database, "SELECT title, num1, num2 FROM tracks JOIN " + table + " USING(track_id)");
+        *database, "SELECT title, num1, num2 FROM tracks JOIN " + table + " USING(track_id)");
     std::set<Row> rows;
     while (query.executeStep()) {
       rows.insert({query.getColumn(0).getString(), query.getColumn(1).getInt(),
@@ -232,6 +235,42 @@ TEST_F(Keeping, VerifyTellsWhatIsWrong) {
   EXPECT_EQ(verify(file, ignoreProgress).violations.front().count, 2);
   test::writeFile(file, "no database");
   EXPECT_EQ(violations(file).front(), "damages of the file");
+}
+
+// Asked without restraint, the view has no end, and the journal takes the victim away.
+TEST_F(Keeping, RefusesFilesThatDoMoreThanHoldRows) {
+  const auto expectRefused = [](const std::string& file, const std::string& reading,
+                                const std::string& writing) {
+    const std::pair<std::string, std::function<void()>> operations[] = {
+        {reading, [&] { summarize(file); }}, {writing, [&] { expectWritableCatalog(file); }}};
+    for (const auto& [says, operation] : operations) {
+      try {
+        operation();
+        ADD_FAILURE() << says;
+      } catch (const CatalogError& error) {
+        EXPECT_NE(std::string(error.what()).find(says), std::string::npos) << error.what();
+      }
+    }
+  };
+  const std::string file = make("a", {track("a", rowsOf(100, 3))});
+  const std::string sound = test::readFile(file);
+  const std::pair<const char*, const char*> cases[] = {
+      {"DROP TABLE db; CREATE VIEW db AS WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i FROM "
+       "n) SELECT i AS track_id, i AS num1, i AS num2 FROM n",
+       "db is no ordinary table (view)"},
+      {"DROP TABLE held; CREATE VIRTUAL TABLE held USING fts5(num1, num2)", "(virtual)"},
+      {"ALTER TABLE tracks ADD COLUMN more AS (title || title)", "(generated columns)"},
+      {"CREATE INDEX sums ON db(num1 + num2)", "(an index on expressions)"}};
+  for (const auto& [change, says] : cases) {
+    test::writeFile(file, sound);
+    SQLite::Database(file, SQLite::OPEN_READWRITE).exec(change);
+    expectRefused(file, says, says);
+  }
+  test::writeFile(path("victim"), "precious");
+  test::writeFingerprintFile(path("hot"), std::vector<test::FingerprintRow>(2000, {1, 2, 3}));
+  test::writeJournalThatRemoves(path("victim"), path("hot"));
+  expectRefused(path("hot"), "a change of it was interrupted", "would remove a file");
+  EXPECT_EQ(test::readFile(path("victim")), "precious");
 }
 
 // Rows as music has them: about 90 a second, any hash, from `from` to `to` seconds.

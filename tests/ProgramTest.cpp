@@ -92,6 +92,13 @@ TEST_F(Program, KeepsACatalogueAndAsksBeforeItLosesAnything) {
   expectEach(cases, [&](const std::string& arguments) { return run(arguments); });
 }
 
+TEST_F(Program, HearsSilenceInSamplesThatAreNoNumbers) {
+  std::string sound(".snd\0\0\0\x18\xff\xff\xff\xff\0\0\0\x06\0\0\x2b\x11\0\0\0\x01", 24);
+  for (int i = 0; i < 60'000; ++i) sound.append(i % 3000 < 500 ? "\x7f\xc0\0\0" : "\0\0\0\0", 4);
+  writeFile(path("silence.au"), sound);
+  EXPECT_EQ(run("fingerprint silence.au").output, "");
+}
+
 TEST_F(Program, ExitStatusTellsWhatWentWrong) {
   writeFile(path("text.sqlite"), "this is no database, however long it may be");
   const std::vector<Expectation> cases = {
@@ -100,6 +107,7 @@ TEST_F(Program, ExitStatusTellsWhatWentWrong) {
       {"frobnicate", 2, "frobnicate: no such command"},
       {"recognize", 2, "FILE"},
       {"recognize --seconds -3 music/tune1.wav", 2, "--seconds"},
+      {"recognize --start nan music/tune1.wav", 2, "nan is not a number"},
       {"recognize -d none.sqlite music/tune1.wav", 4, "none.sqlite"},
       {"recognize -d text.sqlite music/tune1.wav", 4, "text.sqlite"},
       {"info -d text.sqlite", 4, "text.sqlite"},

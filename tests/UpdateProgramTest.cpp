@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include "tests/LoopbackServer.h"
+#include "tests/ZipBytes.h"
 #include "tests/support/Command.h"
 #include "tests/support/FingerprintFile.h"
 #include "tests/support/TemporaryFolder.h"
@@ -149,6 +150,15 @@ TEST_F(UpdateProgramTest, AnArchiveIsInstalledAndWhatWasIndexedThereIsKept) {
   expect("install tune.zip", 0, "lirvox/indexed.sqlite");
   expect("index -d caches/lirvox/indexed.sqlite tune.wav", 0, "1 unchanged");
   expect("recognize --start 7.5 tune.wav", 0, ": tune at 0:07");
+  // What an archive brings is no work of anybody's here, whatever it says, until it is changed.
+  const std::string catalogue =
+      zipBytes({{"db1.sqlite", readFile(path("caches/lirvox/indexed.sqlite"))}});
+  writeFile(path("catalogue.zip"), catalogue);
+  expect("install catalogue.zip", 0, "installed");
+  expect("install catalogue.zip", 0, "installed");
+  EXPECT_FALSE(std::filesystem::exists(path("caches/lirvox/indexed-2.sqlite")));
+  expect("rename 1 --title New", 0, "New");
+  expect("install catalogue.zip", 0, "lirvox/indexed-2.sqlite");
   expect("pack -d none.db -o none.zip", 4, "none.db");
   expect("publish --url ftp://a www", 2, "--url");
 }

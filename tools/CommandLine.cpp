@@ -2,6 +2,8 @@
 // long to compile with it.
 #include "tools/CommandLine.h"
 
+#include <cmath>
+#include <cstdlib>
 #include <type_traits>
 
 #include <CLI/CLI.hpp>
@@ -14,6 +16,11 @@ namespace {
 template <class Value>
 constexpr bool kIsWhole = std::is_same_v<Value, int> || std::is_same_v<Value, std::optional<int>>;
 
+// CLI::Range lets pass what is neither less nor more.
+std::string notANumber(const std::string& text) {
+  return std::isnan(std::strtod(text.c_str(), nullptr)) ? text + " is not a number" : "";
+}
+
 template <class Value>
 CLI::Option* bind(CLI::App& app, const Option& option, Value& value) {
   if constexpr (std::is_same_v<Value, bool>) {
@@ -24,6 +31,7 @@ CLI::Option* bind(CLI::App& app, const Option& option, Value& value) {
       bound->capture_default_str();
     }
     if (option.range) {
+      bound->check(notANumber);
       using Bound = std::conditional_t<kIsWhole<Value>, int, double>;
       bound->check(CLI::Range(static_cast<Bound>(option.range->least),
                               static_cast<Bound>(option.range->most)));

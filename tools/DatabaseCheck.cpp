@@ -8,13 +8,13 @@ namespace lirvox::tools {
 
 bool databaseIsUsable(const std::string& path) {
   try {
-    SQLite::Database database = catalog::openForReading(path);
-    SQLite::Statement(database, "SELECT track_id, num1, num2 FROM db LIMIT 1").executeStep();
+    const auto database = catalog::openForReading(path);
+    catalog::naming(path, [&] {
+      SQLite::Statement(*database, "SELECT track_id, num1, num2 FROM db LIMIT 1").executeStep();
+    });
     return true;
   } catch (const catalog::CatalogError& error) {
     complain(error.what());
-  } catch (const SQLite::Exception& error) {
-    complain(path + ": " + error.what());
   }
   return false;
 }

@@ -5,8 +5,8 @@
 
 namespace lirvox::tools {
 
-/// Whether `path` is a readable SQLite file with a table `db` of the right columns;
-/// complains and returns false when not.
+/// Whether `path` is a readable SQLite file with an ordinary table `db` of the right
+/// columns; complains and returns false when not.
 bool databaseIsUsable(const std::string& path);
 
 }  // namespace lirvox::tools

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "catalog/CatalogFile.h"
 #include "catalog/CatalogSummary.h"
-#include "catalog/DatabaseFile.h"
 #include "catalog/Merge.h"
 #include "tools/CatalogReport.h"
 #include "tools/CommandLine.h"
@@ -35,12 +35,12 @@ void interrupt(int) {
 }
 
 // Only a catalogue is replaced, and only by catalogues: nobody is asked about anything else.
-// Reading it undoes what a killed process has left beside it, which would be taken for a part
+// Opening it undoes what a killed process has left beside it, which would be taken for a part
 // of the new file.
 std::optional<ExitStatus> mayNotWrite(const Options& options) {
   std::error_code ignored;
   if (!std::filesystem::exists(options.output, ignored)) return std::nullopt;
-  catalog::openCatalogForReading(options.output);
+  catalog::expectWritableCatalog(options.output);
   for (const std::string& part : options.parts) catalog::openCatalogForReading(part);
   const auto tracks = catalog::summarize(options.output).tracks;
   return refused(

@@ -7,6 +7,7 @@ extern "C" {
 }
 
 #include <algorithm>
+#include <cmath>
 #include <string>
 
 #include "lib/LirvoxSettings.h"
@@ -27,8 +28,10 @@ int checked(int result) {
   return result;
 }
 
-// Full scale is [-1, 1). What lies below a word's last bit is cut off.
+// Full scale is [-1, 1). What lies below a word's last bit is cut off, and what is no number
+// is silence.
 std::int32_t wordOf(double value) {
+  if (std::isnan(value)) return 0;
   constexpr double kScale = 2147483648.0;
   return static_cast<std::int32_t>(std::clamp(value * kScale, -kScale, kScale - 1));
 }

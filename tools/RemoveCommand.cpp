@@ -4,12 +4,11 @@
 #include <string>
 #include <vector>
 
-#include "catalog/DatabaseFile.h"
+#include "catalog/CatalogFile.h"
 #include "catalog/TrackChanges.h"
 #include "tools/CatalogReport.h"
 #include "tools/CommandLine.h"
 #include "tools/Console.h"
-#include "tools/DatabaseCheck.h"
 #include "tools/NamedTracks.h"
 #include "tools/Question.h"
 
@@ -24,8 +23,7 @@ struct Options {
 };
 
 int remove(const Options& options) {
-  if (!databaseIsUsable(options.database)) return exitDatabase;
-  catalog::openCatalogForReading(options.database);  // nobody is asked about another file
+  catalog::expectWritableCatalog(options.database);  // nobody is asked about another file
   const std::vector<catalog::ListedTrack> tracks = findTracks(options.database, options.tracks);
   if (tracks.empty()) return exitSomeFailed;
   std::cerr << CatalogReport::lines(tracks);

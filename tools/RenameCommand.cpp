@@ -5,12 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "catalog/DatabaseFile.h"
+#include "catalog/CatalogFile.h"
 #include "catalog/TrackChanges.h"
 #include "tools/CatalogReport.h"
 #include "tools/CommandLine.h"
 #include "tools/Console.h"
-#include "tools/DatabaseCheck.h"
 #include "tools/NamedTracks.h"
 
 namespace lirvox::tools {
@@ -29,8 +28,7 @@ int rename(Options options) {
     complain("nothing to change: give --title, --artist or --path");
     return exitUsage;
   }
-  if (!databaseIsUsable(options.database)) return exitDatabase;
-  catalog::openCatalogForReading(options.database);
+  catalog::expectWritableCatalog(options.database);
   const std::vector<catalog::ListedTrack> tracks = findTracks(options.database, {options.track});
   if (tracks.empty()) return exitSomeFailed;
   if (tracks.size() > 1) {

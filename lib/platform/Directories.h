@@ -15,7 +15,8 @@ class LIRVOX_EXPORT Directories {
   virtual ~Directories() = default;
 
   /// Files that survive restarts but can be fetched again. It must be the
-  /// application's own folder: an update removes a folder "home" in it.
+  /// application's own folder: an update removes a folder "home" in it, and refuses the root
+  /// of the file system.
   virtual std::string cachesDirectory() const = 0;
 
   /// Small files that hold the application's settings.

@@ -6,6 +6,8 @@
 
 #include <sqlite3.h>
 
+#include "tests/support/TemporaryFolder.h"
+
 namespace lirvox::test {
 
 void writeFingerprintFile(const std::filesystem::path& path,
@@ -25,6 +27,24 @@ void writeFingerprintFile(const std::filesystem::path& path,
   const std::string reason = sqlite3_errmsg(file);
   sqlite3_close(file);
   if (!written) throw std::runtime_error(path.string() + ": " + reason);
+}
+
+void writeJournalThatRemoves(const std::string& victim, const std::string& database) {
+  sqlite3* file = nullptr;
+  sqlite3_open(database.c_str(), &file);
+  sqlite3_exec(file, "PRAGMA cache_size = 1; BEGIN; UPDATE db SET num1 = 9", nullptr, nullptr,
+               nullptr);
+  const std::string journal = readFile(database + "-journal");
+  sqlite3_close(file);
+  const auto number = [](std::size_t value) {
+    std::string bytes;
+    for (int shift = 24; shift >= 0; shift -= 8) bytes += static_cast<char>(value >> shift);
+    return bytes;
+  };
+  std::size_t sum = 0;
+  for (const char c : victim) sum += static_cast<unsigned char>(c);
+  writeFile(database + "-journal", journal + number(0x40000000 / 4096 + 1) + victim +
+                                       number(victim.size()) + number(sum) + journal.substr(0, 8));
 }
 
 }  // namespace lirvox::test

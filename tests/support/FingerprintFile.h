@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <string>
 #include <vector>
 
 namespace lirvox::test {
@@ -17,5 +18,9 @@ struct FingerprintRow {
 /// Writes a database whose table `db` holds `rows` in this order, and the folders above it.
 void writeFingerprintFile(const std::filesystem::path& path,
                           const std::vector<FingerprintRow>& rows);
+
+/// Leaves beside the database, which needs 2000 rows, the journal of an interrupted change that
+/// ends with the name of a file. Where it is played back, that file is removed.
+void writeJournalThatRemoves(const std::string& victim, const std::string& database);
 
 }  // namespace lirvox::test
