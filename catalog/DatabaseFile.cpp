@@ -26,7 +26,6 @@ struct Reader {
       : database(path, SQLite::OPEN_READONLY, kBusyTimeoutInMilliseconds) {
     guard = std::make_unique<LookupGuard>(database.getHandle(), path);
     guard->begin(0);
-    sqlite3_trace_v2(database.getHandle(), SQLITE_TRACE_STMT, &Reader::begin, this);
     try {
       expectOrdinaryTables(database, path);
     } catch (const SQLite::Exception& error) {
@@ -34,26 +33,20 @@ struct Reader {
       const int code = error.getErrorCode();
       if (code != SQLITE_CORRUPT && code != SQLITE_NOTADB) throw;
     }
+    sqlite3_trace_v2(database.getHandle(), SQLITE_TRACE_STMT, &Reader::begin, this);
   }
   Reader(const Reader&) = delete;
   Reader& operator=(const Reader&) = delete;
 
   // Called whenever a statement starts to run: each may do as much as the file explains.
   static int begin(unsigned /*event*/, void* reader, void* /*statement*/, void* /*text*/) {
-    auto& self = *static_cast<Reader*>(reader);
-    self.isTimed ? self.guard->begin(0) : self.guard->beginUntimed(0);
+    static_cast<Reader*>(reader)->guard->beginRows();
     return 0;
   }
 
   std::unique_ptr<LookupGuard> guard;  // outlives the connection
   SQLite::Database database;
-  bool isTimed = true;
 };
-
-std::shared_ptr<Reader> read(const std::string& path) {
-  expectDatabase(path);
-  return naming(path, [&] { return std::make_shared<Reader>(path); });
-}
 
 }  // namespace
 
@@ -64,15 +57,17 @@ void expectDatabase(const std::string& path) {
 }
 
 std::shared_ptr<SQLite::Database> openForReading(const std::string& path) {
-  const auto reader = read(path);
-  return {reader, &reader->database};
+  expectDatabase(path);
+  return naming(path, [&] {
+    const auto reader = std::make_shared<Reader>(path);
+    return std::shared_ptr<SQLite::Database>(reader, &reader->database);
+  });
 }
 
 std::shared_ptr<SQLite::Database> openCatalogForReading(const std::string& path) {
-  const auto reader = read(path);
-  naming(path, [&] { expectCatalog(reader->database, path); });
-  reader->isTimed = false;  // many are read side by side, each at the pace of all
-  return {reader, &reader->database};
+  auto database = openForReading(path);
+  naming(path, [&] { expectCatalog(*database, path); });
+  return database;
 }
 
 void expectCatalog(SQLite::Database& database, const std::string& path) {

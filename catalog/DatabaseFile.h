@@ -16,8 +16,7 @@ namespace lirvox::catalog {
 /// that size explains. Throws `CatalogError`.
 std::shared_ptr<SQLite::Database> openForReading(const std::string& path);
 
-/// As above, for a file that `lirvox index` has made; others are an error. Statements may
-/// take any time.
+/// As above, for a file that `lirvox index` has made; others are an error.
 std::shared_ptr<SQLite::Database> openCatalogForReading(const std::string& path);
 
 /// Throws `CatalogError` unless there is a file.

@@ -99,9 +99,11 @@ void LookupGuard::refused(int result) {
                 std::to_string(kLongestText >> 10) + " KiB; not read");
 }
 
-void LookupGuard::beginUntimed(std::size_t length) {
-  begin(length);
+void LookupGuard::beginRows() {
+  begin(0);
+  mostMemory_ = UINT64_MAX;
   end_ = std::chrono::steady_clock::time_point::max();
+  lookEvery(kStepsBetweenLooks);
 }
 
 void LookupGuard::compiled() {

@@ -34,8 +34,9 @@ class LookupGuard {
   /// A statement of `length` characters is about to be compiled and run.
   void begin(std::size_t length);
 
-  /// As `begin`, where whoever asks takes any time between two rows.
-  void beginUntimed(std::size_t length);
+  /// A compiled statement on tables that hold rows and no expressions is about to be run. Only
+  /// its steps are bounded: whoever asks may take any time and memory between two rows.
+  void beginRows();
 
   /// It is not compiled: `result` is SQLite's. Logs what the file alone is to blame for.
   static void refused(int result);
