@@ -1,4 +1,4 @@
-// Keeping a catalogue: listing, removing, renaming, merging, verifying, duplicates.
+// Keeping a catalogue: adding, listing, removing, renaming, merging, verifying, duplicates.
 #include <algorithm>
 #include <functional>
 #include <map>
@@ -100,6 +100,17 @@ TEST_F(Keeping, PatternsFindWhatAPersonMeans) {
     EXPECT_EQ(found, exactly) << text;
     EXPECT_EQ(foundAnywhere, anywhere) << text;
   }
+}
+
+TEST_F(Keeping, CommonHashesAreHeldAndComeBackWhenTheyAreNoLongerCommon) {
+  CatalogOptions options;
+  options.commonHashes = 1.5;
+  const std::string file =
+      make("a", {track("a", rowsOf(100, 300)), track("b", rowsOf(200, 10))}, options);
+  EXPECT_EQ(rows(file, "held").size(), 300U) << "the mean is 155";
+  make("a", {track("c", rowsOf(300, 400))});
+  EXPECT_EQ(rows(file, "held").size(), 400U) << "the mean is 237";
+  EXPECT_EQ(rows(file, "db").size(), 310U);
 }
 
 TEST_F(Keeping, RemovedTracksAreGoneWithTheirRowsAndTheirIds) {
