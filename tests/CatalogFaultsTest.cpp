@@ -1,4 +1,4 @@
-// Building, packing and publishing databases while operations on files fail, one after the other.
+// Building and publishing databases while operations on files fail, one after the other.
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -10,7 +10,6 @@
 #include "catalog/CatalogError.h"
 #include "catalog/CatalogFile.h"
 #include "catalog/CatalogSummary.h"
-#include "catalog/Pack.h"
 #include "catalog/Publish.h"
 #include "tests/support/Faults.h"
 #include "tests/support/TemporaryFolder.h"
@@ -78,19 +77,9 @@ TEST_P(CatalogFaults, ACommitIsWholeOrHasNotBeen) {
   }
 }
 
-TEST_P(CatalogFaults, ArchivesAndRepliesAreWholeOrNotThere) {
+TEST_P(CatalogFaults, PublishedArchivesAndRepliesAreWholeOrNotThere) {
   index("one");
-  pack(path("music.db"), path("whole.zip"));
   publish(path("music.db"), path("whole"), {"http://a.example", ""});
-  const std::string packed = test::readFile(path("whole.zip"));
-  const std::size_t size = packed.size();
-  EXPECT_GT(failEach([this] { pack(path("music.db"), path("one.zip")); },
-                     [&](bool done) {
-                       const auto written = test::readFile(path("one.zip")).size();
-                       EXPECT_TRUE(written == size || (!done && written == 0));
-                       fs::remove(path("one.zip"));
-                     }),
-            20);
   const auto sizes = [this](const std::string& folder) {
     std::map<std::string, std::size_t> all;
     for (const auto& [name, content] : test::contents(path(folder))) {

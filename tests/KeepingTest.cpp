@@ -175,7 +175,6 @@ TEST_F(Keeping, AMergeHoldsWhatOneCatalogueOfAllWouldHold) {
 TEST_F(Keeping, AMergeRefusesWhatDoesNotFitTogether) {
   const std::string first = make("first", {track("a", rowsOf(1, 2)), track("b", rowsOf(5, 5))});
   const std::string changed = make("changed", {track("a", rowsOf(3, 4), 2)});
-  const std::string device = DeviceDatabase(first, folder_.path()).path();
   const std::map<std::string, std::string> bad = {
       {changed, "--replace"},
       {make("coarse", {track("z", {})}, {1, {}, {}}), "made with alignments = 1"},

@@ -110,18 +110,13 @@ TEST_F(Controller, FindsTheSameHashesHoweverDeliveriesAreChopped) {
   }
 }
 
-TEST_F(Controller, HasLazyDefaults) {
+TEST_F(Controller, HasALazyRecordingTime) {
   const std::vector<std::pair<double, double>> times = {
       {0.0, 5.0}, {-0.0, 5.0}, {2.5, 2.5}, {-1.0, -1.0}};
   for (const auto& [set, read] : times) {
     lirvox_->setRecordingTime(set);
     EXPECT_EQ(lirvox_->recordingTime(), read);
     EXPECT_EQ(lirvox_->recordingTime(), read);
-  }
-  const std::vector<std::pair<std::int32_t, std::int32_t>> counts = {{0, 30}, {7, 7}, {-7, -7}};
-  for (const auto& [set, read] : counts) {
-    lirvox_->setMinimumFindedCnt(set);
-    EXPECT_EQ(lirvox_->minimumFindedCnt(), read);
   }
 }
 

@@ -79,9 +79,10 @@ TEST_F(Seeing, AScanTellsWhatIsHeardWhen) {
   }
 }
 
-TEST_F(Seeing, AScanHasOtherFormatsAndFailsWhereItMust) {
+TEST_F(Seeing, AScanHasOtherFormatsAndFailsWhereItMustAsEvaluationsDo) {
   writeRecording(path("long.dat"), recordingOf({{1, 0, 10}, {0, 0, 10}}));
   writeRecording(path("empty.dat"), {});
+  writeWav(path("other.wav"), makeTune(9, 30.0));
   expectEach({
       {"scan -d db long.dat", 0, " nothing recognized\n"},
       {"scan -d db --format csv long.dat", 0, ",20.00,,,,,\r\n"},
@@ -90,6 +91,12 @@ TEST_F(Seeing, AScanHasOtherFormatsAndFailsWhereItMust) {
       {"scan -d db none.wav", 3, "none.wav: No such file"},
       {"scan -d none long.dat", 4, "none: no database"},
       {"scan -d db --step 0 long.dat", 2, "--step"},
+      {"evaluate -d db other.wav", 3, "other.wav: not in the database"},
+      {"evaluate -d db --seconds 40 music", 3, "no track of the database"},
+      {"evaluate -d none music", 4, "none: no database"},
+      {"evaluate -d db --seconds 5,x music", 2, "5,x: not a list of numbers"},
+      {"evaluate -d db --seconds 1,2,3,4 --min-votes 1,2 --plot a.png music", 2, "room for 6"},
+      {"evaluate -d db --excerpts 1 --plot none/a.png music", 3, "none/a.png: No such file"},
   });
 }
 
@@ -118,18 +125,6 @@ TEST_F(Seeing, AnEvaluationMeasuresEveryWayAndCanBeDoneAgain) {
     EXPECT_GE(rates[mild], 0.7) << mild;
   }
   EXPECT_LT(rates["noise-0 2.0"], rates["clean 2.0"]);
-}
-
-TEST_F(Seeing, AnEvaluationFailsWhereItMust) {
-  writeWav(path("other.wav"), makeTune(9, 30.0));
-  expectEach({
-      {"evaluate -d db other.wav", 3, "other.wav: not in the database"},
-      {"evaluate -d db --seconds 40 music", 3, "no track of the database"},
-      {"evaluate -d none music", 4, "none: no database"},
-      {"evaluate -d db --seconds 5,x music", 2, "5,x: not a list of numbers"},
-      {"evaluate -d db --seconds 1,2,3,4 --min-votes 1,2 --plot a.png music", 2, "room for 6"},
-      {"evaluate -d db --excerpts 1 --plot none/a.png music", 3, "none/a.png: No such file"},
-  });
 }
 
 }  // namespace
