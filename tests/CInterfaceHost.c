@@ -145,40 +145,25 @@ static void recognize(lirvox_recognizer* recognizer, lirvox_feed* feed, struct a
   while (answer->calls == 0) run_a_task();
 }
 
-/* The same sound in three formats, and silence. */
+/* A sound of another rate and format, in stereo, and silence. */
 static void recognize_all(lirvox_recognizer* recognizer, lirvox_feed* feed, const int32_t* words,
                           struct answer* answer) {
-  static int16_t shorts[kExcerpt];
   static double stereo[kExcerpt * 4];
-  for (int i = 0; i < kExcerpt; ++i) {
-    shorts[i] = (int16_t)words[i];
-    for (int k = 0; k < 4; ++k) stereo[4 * i + k] = words[i] / 65536.0;
-  }
+  for (int i = 0; i < kExcerpt * 4; ++i) stereo[i] = words[i / 4] / 65536.0;
   CHECK(lirvox_feed_put(feed, words, 0, 11025, 1, LIRVOX_INT32) == LIRVOX_INVALID_ARGUMENT);
   CHECK(lirvox_feed_put(feed, words, 9, 11025, 9, LIRVOX_INT32) == LIRVOX_INVALID_ARGUMENT);
   CHECK(lirvox_feed_put(feed, words, 9, 50, 1, LIRVOX_INT32) == LIRVOX_INVALID_ARGUMENT);
-  const struct {
-    const void* samples;
-    size_t frames;
-    uint32_t rate, channels;
-    lirvox_sample_format format;
-  } forms[] = {{words, kExcerpt, 11025, 1, LIRVOX_INT32},
-               {shorts, kExcerpt, 11025, 1, LIRVOX_INT16},
-               {stereo, 2 * kExcerpt, 22050, 2, LIRVOX_FLOAT64}};
-  for (size_t i = 0; i < sizeof forms / sizeof *forms; ++i) {
-    CHECK(lirvox_feed_put(feed, forms[i].samples, forms[i].frames, forms[i].rate, forms[i].channels,
-                          forms[i].format) == LIRVOX_OK);
+  for (int silent = 0; silent < 2; ++silent) {
+    CHECK(lirvox_feed_put(feed, stereo, 2 * kExcerpt, 22050, 2, LIRVOX_FLOAT64) == LIRVOX_OK);
     CHECK(fabs(lirvox_feed_seconds(feed) - 5) < 0.01);
     recognize(recognizer, feed, answer);
     const double peak = lirvox_meter_take_peak(meter);
-    CHECK(peak > 0 && peak <= 1);
-    CHECK(answer->track == 2 && fabsf(answer->position - 7.5F) < 0.05F);
+    CHECK(silent ? peak == 0 : peak > 0 && peak <= 1);
+    CHECK(silent ? answer->track == 0
+                 : answer->track == 2 && fabsf(answer->position - 7.5F) < 0.05F);
+    memset(stereo, 0, sizeof stereo);
   }
-  memset(shorts, 0, sizeof shorts);
-  CHECK(lirvox_feed_put(feed, shorts, kExcerpt, 11025, 1, LIRVOX_INT16) == LIRVOX_OK);
-  recognize(recognizer, feed, answer);
-  CHECK(answer->track == 0);
-  CHECK(lirvox_meter_take_peak(meter) == 0 && lirvox_meter_frames(meter) > 3 * kExcerpt);
+  CHECK(lirvox_meter_frames(meter) > kExcerpt);
 }
 
 static void end_early(lirvox_recognizer* recognizer, struct answer* answer) {

@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include "tests/support/MusicFolder.h"
+#include "tests/support/MusicTest.h"
 
 namespace lirvox::test {
 namespace {
@@ -13,24 +13,15 @@ namespace {
 using Samples = std::vector<std::int32_t>;
 
 // Tunes 1 to 3, and tune 4 five times, under a title that is not in ASCII.
-class Explain : public ::testing::Test {
+class Explain : public MusicTest {
  protected:
-  static void SetUpTestSuite() {
-    folder_ = new MusicFolder(20.0);
+  void SetUp() override {
     for (int copy = 1; copy <= 5; ++copy) {
       writeWav(path("music/Lied für Ελένη 雪 " + std::to_string(copy) + ".wav"), makeTune(4, 20.0));
     }
     ASSERT_EQ(run("index -d db music").status, 0);
   }
-  static void TearDownTestSuite() { delete folder_; }
-
-  static std::string path(const std::string& name) { return folder_->path(name); }
-  static Finished run(const std::string& arguments) { return folder_->run(arguments); }
-
-  static MusicFolder* folder_;
 };
-
-MusicFolder* Explain::folder_ = nullptr;
 
 TEST_F(Explain, GivesTheAnswerOfRecognizeWithItsReason) {
   Samples click(55125);

@@ -1,4 +1,4 @@
-// Keeping a catalogue: listing, removing, renaming, merging, verifying, duplicates.
+// Keeping a catalogue: adding, listing, removing, renaming, merging, verifying, duplicates.
 #include <algorithm>
 #include <functional>
 #include <map>
@@ -102,6 +102,17 @@ TEST_F(Keeping, PatternsFindWhatAPersonMeans) {
   }
 }
 
+TEST_F(Keeping, CommonHashesAreHeldAndComeBackWhenTheyAreNoLongerCommon) {
+  CatalogOptions options;
+  options.commonHashes = 1.5;
+  const std::string file =
+      make("a", {track("a", rowsOf(100, 300)), track("b", rowsOf(200, 10))}, options);
+  EXPECT_EQ(rows(file, "held").size(), 300U) << "the mean is 155";
+  make("a", {track("c", rowsOf(300, 400))});
+  EXPECT_EQ(rows(file, "held").size(), 400U) << "the mean is 237";
+  EXPECT_EQ(rows(file, "db").size(), 310U);
+}
+
 TEST_F(Keeping, RemovedTracksAreGoneWithTheirRowsAndTheirIds) {
   CatalogOptions options;
   options.commonHashes = 1.5;
@@ -164,7 +175,6 @@ TEST_F(Keeping, AMergeHoldsWhatOneCatalogueOfAllWouldHold) {
 TEST_F(Keeping, AMergeRefusesWhatDoesNotFitTogether) {
   const std::string first = make("first", {track("a", rowsOf(1, 2)), track("b", rowsOf(5, 5))});
   const std::string changed = make("changed", {track("a", rowsOf(3, 4), 2)});
-  const std::string device = DeviceDatabase(first, folder_.path()).path();
   const std::map<std::string, std::string> bad = {
       {changed, "--replace"},
       {make("coarse", {track("z", {})}, {1, {}, {}}), "made with alignments = 1"},

@@ -1,7 +1,6 @@
 // From spectrograms to hashes, stage by stage.
 #include <algorithm>
 #include <cmath>
-#include <ostream>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -12,14 +11,6 @@
 #include "tests/support/Tune.h"
 
 namespace lirvox {
-
-void PrintTo(const Peak& peak, std::ostream* out) {
-  *out << '(' << peak.frame << ' ' << peak.bin << ')';
-}
-void PrintTo(const Landmark& mark, std::ostream* out) {
-  *out << '(' << mark.t1 << ' ' << mark.f1 << ' ' << mark.f2 << ' ' << mark.dt << ')';
-}
-
 namespace {
 
 using Values = std::vector<double>;
@@ -130,7 +121,7 @@ TEST(PickPeaks, AcceptsTheFiveStrongestOfAFrame) {
             (std::vector<Peak>{{15, 20}, {15, 24}, {15, 28}, {15, 32}, {15, 36}}));
 }
 
-TEST(FindPeaks, IsBlindToScaleAndFindsNothingInSilence) {
+TEST(FindPeaks, IsBlindToScale) {
   Spectrogram power = spectrogram(60, {});
   const std::vector<float> values = test::noise(power.values().size());
   std::transform(values.begin(), values.end(), power.values().begin(),
@@ -140,12 +131,6 @@ TEST(FindPeaks, IsBlindToScaleAndFindsNothingInSilence) {
   const std::vector<Peak> peaks = findPeaks(power);
   EXPECT_GT(peaks.size(), 60U);
   EXPECT_EQ(findPeaks(louder), peaks);
-  for (const std::int32_t frames : {0, 60}) {
-    Spectrogram silence = spectrogram(frames, {});
-    EXPECT_TRUE(findPeaks(silence).empty());
-    takeLogarithm(silence);
-    EXPECT_EQ(silence.values(), Values(silence.values().size(), 0.0)) << "takes none of it";
-  }
 }
 
 std::vector<Landmark> pair(const std::vector<Peak>& peaks) {

@@ -14,8 +14,7 @@
 #include "lib/LirvoxSettings.h"
 #include "lib/platform/Platform.h"
 #include "lib/platform/linux/JsonUserDefaults.h"
-#include "tests/support/RecordedLog.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestPlatform.h"
 
 namespace lirvox::platform {
 namespace {
@@ -66,9 +65,8 @@ TEST(StandardErrorLog, WritesSingleLines) {
 
 class UserDefaultsTest : public testing::Test {
  protected:
-  const test::TemporaryFolder folder_;
-  const std::string path_ = folder_.path("made/when/missing/defaults.json");
-  const std::shared_ptr<test::RecordedLog> log_ = test::recordLog();
+  const test::TestPlatform platform_;
+  const std::string path_ = platform_.folder.path("made/when/missing/defaults.json");
 };
 
 TEST_F(UserDefaultsTest, ValuesReachOtherProcessesOnceSynchronizedAndLeaveTheirsAlone) {
@@ -99,7 +97,7 @@ TEST_F(UserDefaultsTest, DamagedFilesCountAsEmptyAndAreKeptAside) {
     test::writeFile(path_, damaged);
     JsonUserDefaults defaults(path_);
     EXPECT_EQ(defaults.stringForKey("stamp"), std::nullopt);
-    EXPECT_EQ(log_->lines().back(),
+    EXPECT_EQ(platform_.log->lines().back(),
               "User defaults are damaged and were moved to " + path_ + ".damaged");
     EXPECT_EQ(test::readFile(path_ + ".damaged"), damaged);
     defaults.setString("new", "stamp");
@@ -123,15 +121,6 @@ TEST_F(UserDefaultsTest, WhatIsNoFileIsNeitherWaitedForNorReadWithoutEnd) {
     EXPECT_EQ(JsonUserDefaults(path_).stringForKey("stamp"), "new");
     std::filesystem::remove(path_);
   }
-}
-
-TEST_F(UserDefaultsTest, AFailureToStoreIsReportedAndTheValueStays) {
-  test::writeFile(folder_.path("made"), "a file where a folder should be");
-  JsonUserDefaults defaults(path_);
-  defaults.setString("new", "stamp");
-  EXPECT_FALSE(defaults.synchronize());
-  EXPECT_TRUE(log_->has("could not be stored"));
-  EXPECT_EQ(defaults.stringForKey("stamp"), "new");
 }
 
 }  // namespace

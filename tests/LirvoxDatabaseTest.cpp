@@ -84,10 +84,7 @@ TEST_F(Database, TakesTheHashesOfTheLongestCapture) {
 TEST_F(Database, AnswersNothingWithoutATable) {
   LirvoxDatabase inMemory(std::nullopt);
   LirvoxDatabase temporary("");
-  sqlite3* file = nullptr;
-  sqlite3_open(path_.c_str(), &file);
-  sqlite3_exec(file, "CREATE TABLE other(a)", nullptr, nullptr, nullptr);
-  sqlite3_close(file);
+  test::runSql(path_, "CREATE TABLE other(a)");
   EXPECT_EQ(inMemory.sqlitePath(), ":memory:");
   EXPECT_EQ(temporary.sqlitePath(), "");
   for (LirvoxDatabase* const store : {&inMemory, &temporary, &store_}) {
@@ -134,18 +131,6 @@ TEST_F(Database, NobodyWaitsForAPipeInThePlaceOfAFile) {
     EXPECT_TRUE(platform_.log->has(pipe + ": a pipe or a device in the place of a file"));
     std::filesystem::remove(pipe);
   }
-}
-
-TEST_F(Database, GivesTheRowsReadSoFarOfADamagedFile) {
-  std::vector<test::FingerprintRow> rows(5000, {70000, 70000, 3});
-  store(rows);
-  std::string bytes = test::readFile(path_);
-  bytes.replace(bytes.size() / 2, 8192, 8192, '\xFF');
-  test::writeFile(path_, bytes);
-  const auto map = store_.selectFingerprints({{0, 3}});
-  ASSERT_TRUE(map);
-  EXPECT_GT(map->rowCount(), 1000U);
-  EXPECT_LT(map->rowCount(), 4000U);
 }
 
 TEST_F(Database, SummarisesItsTracksAndTheInstalledFile) {

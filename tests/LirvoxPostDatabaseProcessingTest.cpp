@@ -52,6 +52,10 @@ TEST_F(Delivery, ComputesOffsetsInSinglePrecision) {
                                        {2, 23.2199554F, 25.7199554F},
                                        {-3, -2.32199550F, 0.178004503F},
                                        {4, 389566.188F, 389568.688F}}));
+  // A clock that is set back moves the relative offset alone.
+  lirvox_->setTimeStartListening(platform_.scheduler.clock()->now() + 1h);
+  deliver(5, 1000);
+  EXPECT_EQ(delegate_->calls().back(), (Calls::value_type{5, 23.2199554F, -3576.78004F}));
 }
 
 TEST_F(Delivery, CannotTellTrackZeroFromNothing) {
@@ -68,17 +72,13 @@ TEST_F(Delivery, CallsNobodyWithoutADelegate) {
 }
 
 TEST_F(Delivery, WantsMoreVotesThanTheMinimum) {
-  struct Case {
+  const struct {
     std::int32_t minimum;  // 0 is the default of 30
     std::int32_t votes;
     bool recognized;
-  };
-  for (const auto& [minimum, votes, recognized] : std::vector<Case>{{0, 0, false},
-                                                                    {0, 30, false},
-                                                                    {0, 31, true},
-                                                                    {5, 5, false},
-                                                                    {5, 6, true},
-                                                                    {1, 4, false}}) {
+  } cases[] = {{0, 0, false}, {0, 30, false}, {0, 31, true},
+               {5, 5, false}, {5, 6, true},   {1, 4, false}};
+  for (const auto& [minimum, votes, recognized] : cases) {
     lirvox_->setMinimumFindedCnt(minimum);
     process(votes);
     platform_.scheduler.run();

@@ -7,7 +7,6 @@
 #include <random>
 #include <span>
 #include <thread>
-#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -30,9 +29,8 @@ namespace {
 class ControllerThreads : public test::ControllerTest {
  protected:
   ControllerThreads() {
+    platform_.useRealQueues();
     platform_.change([this](platform::Platform& services) {
-      services.mainQueue = system_.mainQueue;
-      services.globalQueue = system_.globalQueue;
       services.makeInputUnit = [this](platform::AudioStatus&) {
         return std::make_unique<platform::MemoryAudioUnit>(
             playing_, std::vector<std::uint32_t>{1024, 7, 300});
@@ -47,7 +45,6 @@ class ControllerThreads : public test::ControllerTest {
     return std::make_shared<const std::vector<std::int32_t>>(words.begin(), words.begin() + 18000);
   }
 
-  const platform::Platform system_ = platform::systemPlatform();
   platform::MemoryAudioUnit::Samples playing_ = beginningOf(song_);
 };
 
@@ -98,7 +95,8 @@ class BusyControllerThreads : public ControllerThreads {
   const std::string local_ = platform_.folder.path("local.zip");
   std::string archive_;
   std::atomic<int> generation_{0};
-  const std::shared_ptr<platform::TaskQueue> updates_ = system_.makeSerialQueue("updates");
+  const std::shared_ptr<platform::TaskQueue> updates_ =
+      platform::systemPlatform().makeSerialQueue("updates");
   const std::shared_ptr<test::LocalService> service_ =
       std::make_shared<test::LocalService>(updates_, platform_.folder.path("download"));
 };

@@ -1,19 +1,13 @@
 // The program with a real PulseAudio server, and the rules by which it listens.
-#include <array>
-#include <cstdio>
-#include <functional>
+#include <cstdlib>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <sys/wait.h>
 
-#include "tests/support/Command.h"
+#include "tests/support/MusicTest.h"
 #include "tests/support/PulseServer.h"
-#include "tests/support/TemporaryFolder.h"
-#include "tests/support/Tune.h"
 #include "tools/RepeatFilter.h"
 #include "tools/SoundWatch.h"
 
@@ -67,48 +61,30 @@ TEST(SoundWatch, TellsOnceWhenNothingOrOnlySilenceArrives) {
   }
 }
 
-class Listen : public ::testing::Test {
+class Listen : public MusicTest {
  protected:
+  Listen() : MusicTest(40.0) {}
   void SetUp() override {
     if (!PulseServer::isInstalled()) GTEST_SKIP() << "no pulseaudio, pactl or paplay here";
     server_ = std::make_unique<PulseServer>();
-    writeWav(folder_.path("tune.wav").string(), tune_);
+    ::setenv("PULSE_SERVER", server_->address().c_str(), 1);
+    expect("index music/tune1.wav", 0, "1 track");
   }
 
-  // Runs a command with the program's name for @; `withLine` gets each line as it comes.
-  Finished run(std::string command, const std::function<void(const std::string&)>& withLine = {}) {
-    command.replace(command.find('@'), 1, LIRVOX_PROGRAM);
-    command = "cd '" + folder_.path().string() +
-              "'; export LIRVOX_CACHES_DIR=. PULSE_SERVER=" + server_->address() + "; " + command +
-              " 2>&1";
-    Finished finished;
-    std::FILE* const pipe = ::popen(command.c_str(), "r");
-    std::array<char, 1000> line{};
-    while (std::fgets(line.data(), line.size(), pipe)) {
-      finished.output += line.data();
-      if (withLine) withLine(line.data());
-    }
-    finished.status = WEXITSTATUS(::pclose(pipe));
-    return finished;
-  }
-
-  const std::vector<std::int32_t> tune_ = makeTune(1, 40.0);
-  TemporaryFolder folder_;
   std::unique_ptr<PulseServer> server_;
 };
 
 TEST_F(Listen, RecognizesWhatAPlayerPlaysAndReplaysTheCapture) {
-  ASSERT_EQ(run("@ index tune.wav").status, 0);
-  server_->play("one", tune_);
-  const Finished live = run("@ listen --seconds 4 --format json --save heard.dat");
+  server_->play("one", makeTune(1, 40.0));
+  const Finished live = run("listen --seconds 4 --format json --save heard.dat");
   EXPECT_EQ(live.status, 0) << live.output;
   const auto answer = nlohmann::json::parse(live.output);
-  EXPECT_EQ(answer.at("title"), "tune");
+  EXPECT_EQ(answer.at("title"), "tune1");
   const double position = answer.at("position");
   EXPECT_GE(answer.at("position_now").get<double>(), position + 4);
 
   for (const char* command :
-       {"@ replay --format json heard.dat", "@ recognize --format json heard.dat"}) {
+       {"replay --format json heard.dat", "recognize --format json heard.dat"}) {
     const Finished again = run(command);
     EXPECT_EQ(again.status, 0) << again.output;
     EXPECT_NEAR(nlohmann::json::parse(again.output).at("position").get<double>(), position, 0.05);
@@ -116,42 +92,38 @@ TEST_F(Listen, RecognizesWhatAPlayerPlaysAndReplaysTheCapture) {
 }
 
 TEST_F(Listen, GoesOnUntilTheServerDiesOrItsOwnSourceIsRemoved) {
-  ASSERT_EQ(run("@ index tune.wav").status, 0);
-  server_->play("one", tune_);
-  const Finished removed =
-      run("@ listen --source two.monitor --seconds 60", [&](const std::string& line) {
-        if (line.find("silence") != std::string::npos) server_->removeSink("two");
-      });
-  EXPECT_EQ(removed.status, 5);
-  EXPECT_NE(removed.output.find("no source two.monitor"), std::string::npos) << removed.output;
+  server_->play("one", makeTune(1, 40.0));
+  expect("listen --source two.monitor --seconds 60", 5, "no source two.monitor",
+         [&](const std::string& line) {
+           if (line.find("silence") != std::string::npos) server_->removeSink("two");
+         });
   ASSERT_TRUE(server_->control("load-module module-null-sink sink_name=three"));
-  const Finished killed = run("@ listen --continuous --seconds 3", [&](const std::string& line) {
-    if (line.rfind("tune at 0:", 0) == 0) server_->control("set-default-source three.monitor");
+  bool followed = false;
+  expect("listen --continuous --seconds 3", 5, "No sound server", [&](const std::string& line) {
+    if (line.rfind("tune1 at 0:", 0) == 0) server_->control("set-default-source three.monitor");
+    if (line.find("(monitor three.monitor)\n") != std::string::npos) followed = true;
     if (line.find("silence") != std::string::npos) server_->kill();
   });
-  EXPECT_EQ(killed.status, 5);
-  EXPECT_NE(killed.output.find("(monitor three.monitor)\n"), std::string::npos) << killed.output;
-  EXPECT_NE(killed.output.find("No sound server"), std::string::npos) << killed.output;
+  EXPECT_TRUE(followed);
 }
 
 TEST_F(Listen, SaysWhatIsMissingAndEndsWhenItIsTold) {
-  ASSERT_EQ(run("@ index tune.wav").status, 0);
   ASSERT_TRUE(server_->control("set-default-source two.monitor"));
-  const std::vector<Expectation> cases = {
-      {"@ devices", 0, "  one.monitor\n"},
-      {"@ devices --format json", 0, "\"kind\":\"monitor\",\"default\":true"},
-      {"PULSE_SERVER=unix:/nowhere @ listen", 5, "No sound server"},
-      {"@ listen --source three", 5, "no source three"},
-      {"@ listen -d none.sqlite", 4, "none.sqlite"},
-      {"@ replay none.dat", 3, "none.dat"},
-  };
-  expectEach(cases, [&](const std::string& command) { return run(command); });
-  const Finished ended =
-      run("sh -c 'echo $$ > pid; exec @ listen --continuous'", [&](const std::string& line) {
-        if (line.find("Nothing but silence") == std::string::npos) return;
-        runCommand("kill -INT $(cat '" + folder_.path("pid").string() + "')");
-      });
+  expectEach({
+      {"devices", 0, "  one.monitor\n"},
+      {"devices --format json", 0, "\"kind\":\"monitor\",\"default\":true"},
+      {"listen --source three", 5, "no source three"},
+      {"listen -d none.sqlite", 4, "none.sqlite"},
+      {"replay none.dat", 3, "none.dat"},
+  });
+  const Finished ended = shell("echo $$ > pid && exec " LIRVOX_PROGRAM " listen --continuous",
+                               [&](const std::string& line) {
+                                 if (line.find("Nothing but silence") == std::string::npos) return;
+                                 runCommand("kill -INT $(cat '" + path("pid") + "')");
+                               });
   EXPECT_EQ(ended.status, 1) << ended.output;
+  ::setenv("PULSE_SERVER", "unix:/nowhere", 1);
+  expect("listen", 5, "No sound server");
 }
 
 }  // namespace

@@ -11,12 +11,31 @@
 #include "lib/platform/MeteredUnit.h"
 #include "tests/support/ScriptedAudio.h"
 #include "tests/support/SoundRecorder.h"
+#include "tests/support/TestPlatform.h"
 
 namespace lirvox {
 namespace {
 
-using platform::AudioSessionInterruption;
 using Words = test::SoundRecorder::Words;
+
+class ScriptedSession : public platform::NullAudioSession {
+ public:
+  platform::AudioSessionRoute currentRoute() override { return route; }
+  std::optional<platform::AudioSessionDataSource> inputDataSource() override { return dataSource; }
+  bool setPreferredInput(const std::optional<platform::AudioSessionPort>&,
+                         LirvoxError& error) override {
+    error.localizedDescription = "port refused";
+    return !refusesPort;
+  }
+  bool setInputDataSource(const platform::AudioSessionDataSource&, LirvoxError& error) override {
+    error.localizedDescription = "source refused";
+    return false;
+  }
+
+  platform::AudioSessionRoute route;
+  std::optional<platform::AudioSessionDataSource> dataSource;
+  bool refusesPort = false;
+};
 
 class RawListener : public LirvoxMicrophoneDelegate {
  public:
@@ -30,23 +49,32 @@ class RawListener : public LirvoxMicrophoneDelegate {
 
 class MicrophoneTest : public testing::Test {
  protected:
+  MicrophoneTest() {
+    platform_.change([this](platform::Platform& services) {
+      services.audioSession = session_;
+      services.makeInputUnit = [this](platform::AudioStatus& status) {
+        status = script_->answer("makeInputUnit");
+        return std::make_unique<test::ScriptedUnit>(script_);
+      };
+    });
+  }
   static platform::AudioSessionPort port(const std::string& name) {
     return {name, name, false, {}};
   }
 
-  test::ScriptedPlatform platform_;
+  test::TestPlatform platform_;
   const std::shared_ptr<test::SoundRecorder> listener_ = std::make_shared<test::SoundRecorder>();
-  test::AudioScript& script_ = *platform_.script;
-  test::ScriptedSession& session_ = *platform_.session;
+  const std::shared_ptr<test::AudioScript> script_ = std::make_shared<test::AudioScript>();
+  const std::shared_ptr<ScriptedSession> session_ = std::make_shared<ScriptedSession>();
 };
 
 TEST_F(MicrophoneTest, SetsTheUnitUpInOrderAndUninitialisesItWithoutStopping) {
-  session_.route.inputs = {port("built-in")};
+  session_->route.inputs = {port("built-in")};
   auto microphone = LirvoxMicrophone::microphoneWithDelegate(listener_, true);
   EXPECT_EQ(microphone->info().inputFormat.sampleRate, 11025.0);
   EXPECT_EQ(microphone->info().inputFormat.channelsPerFrame, 2U);
   microphone.reset();
-  EXPECT_EQ(script_.calls,
+  EXPECT_EQ(script_->calls,
             (Words{"makeInputUnit", "enableInput", "inputStreamFormat", "setClientStreamFormat",
                    "setDeliveredStreamFormat", "maximumFramesPerSlice", "setInputCallback",
                    "initialize", "start", "uninitialize"}));
@@ -65,7 +93,7 @@ TEST_F(MicrophoneTest, HandsOnAndPlaysThroughWhatItRendersToTheBitHoweverItIsCho
       sample = static_cast<std::int32_t>(0x7FC00001U + 2654435761U * sent.size());
       sent.push_back(sample);
     }
-    EXPECT_EQ(script_.deliver(delivery), 0);
+    EXPECT_EQ(script_->deliver(delivery), 0);
     platform::AudioBufferList list;
     EXPECT_EQ(output->fill(list, frames, {}), 0);
     EXPECT_EQ(list.buffers.at(0).dataByteSize, 4 * frames);
@@ -76,9 +104,9 @@ TEST_F(MicrophoneTest, HandsOnAndPlaysThroughWhatItRendersToTheBitHoweverItIsCho
 
 TEST_F(MicrophoneTest, CallsTheDelegateThoughRenderingFailedButNotForWhatItCannotHold) {
   const auto microphone = LirvoxMicrophone::microphoneWithDelegate(listener_);
-  script_.renderStatus = -7;
-  EXPECT_EQ(script_.deliver({1, 2}), -7);
-  EXPECT_EQ(script_.deliver(std::vector<std::int32_t>(1025)), platform::audioTooManyFramesError);
+  script_->renderStatus = -7;
+  EXPECT_EQ(script_->deliver({1, 2}), -7);
+  EXPECT_EQ(script_->deliver(std::vector<std::int32_t>(1025)), platform::audioTooManyFramesError);
   EXPECT_EQ(listener_->received.size(), 2U);
 }
 
@@ -87,10 +115,10 @@ TEST_F(MicrophoneTest, NeverConvertsForADelegateThatTakesRenderedBuffersOnlyOrIs
   const auto microphone = LirvoxMicrophone::microphoneWithDelegate(raw);
   float& converted = microphone->info().floatBuffers[0][0];
   converted = 0.5F;
-  script_.deliver({1, 2, 3});
+  script_->deliver({1, 2, 3});
   EXPECT_EQ(raw->bufferLists, 1);
   raw.reset();
-  EXPECT_EQ(script_.deliver({1}), 0);
+  EXPECT_EQ(script_->deliver({1}), 0);
   EXPECT_EQ(converted, 0.5F);
 }
 
@@ -107,39 +135,25 @@ TEST_F(MicrophoneTest, GoesOnAfterADelegateThatThrows) {
   };
   const auto thrower = std::make_shared<Thrower>();
   const auto microphone = LirvoxMicrophone::microphoneWithDelegate(thrower, true);
-  script_.renderStatus = -7;
-  EXPECT_EQ(script_.deliver({1, 2}), -7);
+  script_->renderStatus = -7;
+  EXPECT_EQ(script_->deliver({1, 2}), -7);
   EXPECT_EQ(platform_.log->lines().size(), 3U);
 }
 
-TEST_F(MicrophoneTest, FollowsInterruptions) {
-  constexpr auto began = AudioSessionInterruption::Type::began;
-  constexpr auto ended = AudioSessionInterruption::Type::ended;
-  const auto microphone = LirvoxMicrophone::microphoneWithDelegate(listener_, true);
-  listener_->takeEvents();
-  session_.postInterruption({began, 0});
-  EXPECT_EQ(listener_->takeEvents(), Words{"stopped"});
-  session_.postInterruption({ended, 0});
-  EXPECT_EQ(listener_->takeEvents(), Words{}) << "it stays stopped without the resume option";
-  session_.postInterruption({ended, AudioSessionInterruption::shouldResume});
-  EXPECT_EQ(listener_->takeEvents(), Words{"playing"});
-  EXPECT_EQ(script_.calls.back(), "start");
-}
-
 TEST_F(MicrophoneTest, FollowsTheRouteAndHearsNothingOfTheSameDevice) {
-  session_.route.inputs = {port("first"), port("other")};
+  session_->route.inputs = {port("first"), port("other")};
   auto microphone = LirvoxMicrophone::microphoneWithDelegate(listener_);
-  session_.postRouteChange();
+  session_->postRouteChange();
   EXPECT_EQ(listener_->takeEvents(), (Words{"device first", "format 1"}));
-  session_.dataSource = platform::AudioSessionDataSource{"front", "Front"};
-  session_.postRouteChange();
+  session_->dataSource = platform::AudioSessionDataSource{"front", "Front"};
+  session_->postRouteChange();
   EXPECT_EQ(listener_->takeEvents(), Words{"device first"});
-  session_.route.inputs.clear();
-  session_.postRouteChange();
+  session_->route.inputs.clear();
+  session_->postRouteChange();
   EXPECT_EQ(listener_->takeEvents(), Words{"device none"});
   microphone.reset();
-  session_.route.inputs = {port("second")};
-  session_.postRouteChange();
+  session_->route.inputs = {port("second")};
+  session_->postRouteChange();
   EXPECT_EQ(listener_->takeEvents(), Words{}) << "a microphone that is gone observes nothing";
 }
 
@@ -152,7 +166,7 @@ TEST_F(MicrophoneTest, StoresADeviceThatTheSessionRefuses) {
     EXPECT_EQ(platform_.log->lines().back(), line);
     EXPECT_EQ(microphone->device(), device);
     EXPECT_EQ(listener_->takeEvents(), Words{"device usb"});
-    session_.refusesPort = true;
+    session_->refusesPort = true;
   }
   EXPECT_EQ(platform_.log->lines().size(), 2U);
 }
@@ -161,16 +175,16 @@ TEST_F(MicrophoneTest, ReplacesItsBuffersWithTheFormat) {
   const auto microphone = LirvoxMicrophone::microphoneWithDelegate(listener_);
   auto format = microphone->audioStreamBasicDescription();
   const auto first = microphone->floatConverter();
-  script_.maximumFrames = 256;
+  script_->maximumFrames = 256;
   microphone->setAudioStreamBasicDescription(format);
   EXPECT_NE(microphone->floatConverter(), first);
   EXPECT_EQ(microphone->maximumBufferSize(), 256U);
-  EXPECT_EQ(script_.deliver(std::vector<std::int32_t>(256, 9)), 0);
+  EXPECT_EQ(script_->deliver(std::vector<std::int32_t>(256, 9)), 0);
   EXPECT_EQ(listener_->received, std::vector<std::int32_t>(256, 9));
   format.bytesPerPacket = format.bytesPerFrame = 2;
   format.bitsPerChannel = 16;
   microphone->setAudioStreamBasicDescription(format);
-  EXPECT_EQ(script_.deliver(std::vector<std::int32_t>(257)), platform::audioTooManyFramesError);
+  EXPECT_EQ(script_->deliver(std::vector<std::int32_t>(257)), platform::audioTooManyFramesError);
 }
 
 using MicrophoneDeathTest = MicrophoneTest;
@@ -180,13 +194,11 @@ TEST_F(MicrophoneDeathTest, EndsTheProcessWhenAnyOperationOfTheUnitFails) {
     LirvoxMicrophone::microphoneWithDelegate({}, true)->stopFetchingAudio();
   };
   useAll();
-  for (const std::string& call : std::exchange(script_.calls, {})) {
-    script_.statuses = {{call, -10875}};
+  for (const std::string& call : std::exchange(script_->calls, {})) {
+    script_->statuses = {{call, -10875}};
     EXPECT_EXIT(useAll(), testing::ExitedWithCode(255), "^Error: .+ \\(-10875\\)\n$") << call;
   }
-  platform::Platform installed = *platform::current();
-  installed.makeInputUnit = nullptr;
-  platform::install(installed);
+  platform_.change([](platform::Platform& services) { services.makeInputUnit = nullptr; });
   EXPECT_DEATH(LirvoxMicrophone::microphone(),
                "Couldn't get input component unit!, file lib/audio/LirvoxMicrophone, line 177");
 }

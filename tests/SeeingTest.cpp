@@ -1,5 +1,4 @@
 // lirvox scan and evaluate: what they tell of music that is known.
-#include <filesystem>
 #include <map>
 #include <sstream>
 #include <string>
@@ -8,7 +7,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include "tests/support/MusicFolder.h"
+#include "tests/support/MusicTest.h"
 
 namespace lirvox::test {
 namespace {
@@ -17,16 +16,10 @@ using Json = nlohmann::json;
 using Samples = std::vector<std::int32_t>;
 
 // Tunes 1 to 3 are in the database.
-class Seeing : public ::testing::Test {
+class Seeing : public MusicTest {
  protected:
-  static void SetUpTestSuite() {
-    folder_ = new MusicFolder(30.0);
-    ASSERT_EQ(run("index -d db music").status, 0);
-  }
-  static void TearDownTestSuite() { delete folder_; }
-
-  static std::string path(const std::string& name) { return folder_->path(name); }
-  static Finished run(const std::string& arguments) { return folder_->run(arguments); }
+  Seeing() : MusicTest(30.0) {}
+  void SetUp() override { ASSERT_EQ(run("index -d db music").status, 0); }
 
   static std::vector<Json> lines(const std::string& output) {
     std::vector<Json> all;
@@ -34,11 +27,7 @@ class Seeing : public ::testing::Test {
     for (std::string line; std::getline(text, line);) all.push_back(Json::parse(line));
     return all;
   }
-
-  static MusicFolder* folder_;
 };
-
-MusicFolder* Seeing::folder_ = nullptr;
 
 struct Part {
   unsigned tune;  // 0: silence
@@ -90,19 +79,25 @@ TEST_F(Seeing, AScanTellsWhatIsHeardWhen) {
   }
 }
 
-TEST_F(Seeing, AScanHasOtherFormatsAndFailsWhereItMust) {
+TEST_F(Seeing, AScanHasOtherFormatsAndFailsWhereItMustAsEvaluationsDo) {
   writeRecording(path("long.dat"), recordingOf({{1, 0, 10}, {0, 0, 10}}));
   writeRecording(path("empty.dat"), {});
-  const std::vector<Expectation> cases = {
-      {"-d db long.dat", 0, " nothing recognized\n"},
-      {"-d db --format csv long.dat", 0, ",20.00,,,,,\r\n"},
-      {"-d db - < music/tune2.wav", 0, "0:00 - 0:29  tune2 at 0:00 ("},
-      {"-d db empty.dat", 3, "empty.dat: no audio"},
-      {"-d db none.wav", 3, "none.wav: No such file"},
-      {"-d none long.dat", 4, "none: no database"},
-      {"-d db --step 0 long.dat", 2, "--step"},
-  };
-  expectEach(cases, [](const std::string& arguments) { return run("scan " + arguments); });
+  writeWav(path("other.wav"), makeTune(9, 30.0));
+  expectEach({
+      {"scan -d db long.dat", 0, " nothing recognized\n"},
+      {"scan -d db --format csv long.dat", 0, ",20.00,,,,,\r\n"},
+      {"scan -d db - < music/tune2.wav", 0, "0:00 - 0:29  tune2 at 0:00 ("},
+      {"scan -d db empty.dat", 3, "empty.dat: no audio"},
+      {"scan -d db none.wav", 3, "none.wav: No such file"},
+      {"scan -d none long.dat", 4, "none: no database"},
+      {"scan -d db --step 0 long.dat", 2, "--step"},
+      {"evaluate -d db other.wav", 3, "other.wav: not in the database"},
+      {"evaluate -d db --seconds 40 music", 3, "no track of the database"},
+      {"evaluate -d none music", 4, "none: no database"},
+      {"evaluate -d db --seconds 5,x music", 2, "5,x: not a list of numbers"},
+      {"evaluate -d db --seconds 1,2,3,4 --min-votes 1,2 --plot a.png music", 2, "room for 6"},
+      {"evaluate -d db --excerpts 1 --plot none/a.png music", 3, "none/a.png: No such file"},
+  });
 }
 
 TEST_F(Seeing, AnEvaluationMeasuresEveryWayAndCanBeDoneAgain) {
@@ -130,19 +125,6 @@ TEST_F(Seeing, AnEvaluationMeasuresEveryWayAndCanBeDoneAgain) {
     EXPECT_GE(rates[mild], 0.7) << mild;
   }
   EXPECT_LT(rates["noise-0 2.0"], rates["clean 2.0"]);
-}
-
-TEST_F(Seeing, AnEvaluationFailsWhereItMust) {
-  writeWav(path("other.wav"), makeTune(9, 30.0));
-  const std::vector<Expectation> cases = {
-      {"-d db other.wav", 3, "other.wav: not in the database"},
-      {"-d db --seconds 40 music", 3, "no track of the database"},
-      {"-d none music", 4, "none: no database"},
-      {"-d db --seconds 5,x music", 2, "5,x: not a list of numbers"},
-      {"-d db --seconds 1,2,3,4 --min-votes 1,2 --plot a.png music", 2, "room for 6"},
-      {"-d db --excerpts 1 --plot none/a.png music", 3, "none/a.png: No such file"},
-  };
-  expectEach(cases, [](const std::string& arguments) { return run("evaluate " + arguments); });
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 // The order of the tracks: it shows the vote the track that is heard, and only that.
 #include <algorithm>
-#include <numeric>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -9,44 +8,16 @@
 #include "lib/SilencePlans.h"
 #include "lib/TrackOrder.h"
 #include "lib/Vote.h"
+#include "tests/support/Votes.h"
 
 namespace lirvox {
 namespace {
 
+using test::firstHitFirst;
+using test::passOf;
+using test::Votes;
+
 constexpr std::int32_t kMinimum = 30;
-
-struct Votes {
-  std::int32_t offset;
-  std::int32_t count;
-};
-struct TrackVotes {
-  std::int32_t id;
-  std::vector<Votes> votes;
-};
-
-// The tracks' first hits come in the order of `tracks`.
-PassHits passOf(const std::vector<TrackVotes>& tracks) {
-  PassHits pass;
-  pass.minimumOffset = 0;
-  for (const TrackVotes& track : tracks) {
-    const DecimalString id(track.id);
-    pass.trackHitCounts.push_back({id, 0});
-    for (const Votes& votes : track.votes) {
-      pass.trackHitCounts.back().count += votes.count;
-      pass.hits.insert(pass.hits.end(), static_cast<std::size_t>(votes.count),
-                       {id, DecimalString(votes.offset), {}, {}});
-      pass.trackOfHit.resize(pass.hits.size(),
-                             static_cast<std::uint32_t>(pass.trackHitCounts.size() - 1));
-    }
-  }
-  return pass;
-}
-
-std::vector<std::size_t> firstHitFirst(const HitsByTrack& hits) {
-  std::vector<std::size_t> order(hits.tracks().size());
-  std::iota(order.begin(), order.end(), std::size_t{0});
-  return order;
-}
 
 // The id that the vote reports, 0 for none.
 std::int32_t answer(const HitsByTrack& hits, const std::vector<std::size_t>& order) {
@@ -54,57 +25,54 @@ std::int32_t answer(const HitsByTrack& hits, const std::vector<std::size_t>& ord
   return result ? result->result_id.intValue() : 0;
 }
 
-std::vector<TrackVotes> copies(int count, std::int32_t votes) {
-  std::vector<TrackVotes> tracks;
-  for (std::int32_t id = 1; id <= count; ++id) tracks.push_back({id, {{100 * id, votes}}});
-  return tracks;
+std::vector<Votes> copies(int count, std::int32_t votes) {
+  std::vector<Votes> all;
+  for (std::int32_t id = 1; id <= count; ++id) all.push_back({id, 100 * id, votes});
+  return all;
 }
 
-std::vector<TrackVotes> operator+(std::vector<TrackVotes> a, const std::vector<TrackVotes>& b) {
+std::vector<Votes> operator+(std::vector<Votes> a, const std::vector<Votes>& b) {
   a.insert(a.end(), b.begin(), b.end());
   return a;
 }
 
-std::vector<TrackVotes> noise(int count) {
-  std::vector<TrackVotes> tracks;
-  for (std::int32_t i = 0; i < count; ++i) tracks.push_back({1000 + i, {{10000 + 10 * i, 7}}});
-  return tracks;
+std::vector<Votes> noise(int count) {
+  std::vector<Votes> all;
+  for (std::int32_t i = 0; i < count; ++i) all.push_back({1000 + i, 10000 + 10 * i, 7});
+  return all;
 }
 
 // Two votes in the window of the first of the copies.
-const std::vector<TrackVotes> hiderOfFirst = {{999, {{100, 2}}}};
+const std::vector<Votes> hiderOfFirst = {{999, 100, 2}};
 
 TEST(TrackOrder, MakesTheVoteAnswerRight) {
   const struct {
     const char* what;
-    std::vector<TrackVotes> tracks;
+    std::vector<Votes> votes;
     std::int32_t firstHitAnswer;
     std::int32_t chosenAnswer;
   } cases[] = {
       {"no tracks", {}, 0, 0},
-      {"a count at the minimum", {{1, {{10, 30}}}}, 0, 0},
-      {"a count above the minimum", {{1, {{10, 31}}}}, 1, 1},
-      {"two late votes hide many", {{1, {{10, 177}}}, {2, {{10, 2}}}}, 0, 1},
-      {"votes in the window hide too", {{1, {{10, 177}}}, {2, {{8, 2}}}}, 0, 1},
+      {"a count at the minimum", {{1, 10, 30}}, 0, 0},
+      {"a count above the minimum", {{1, 10, 31}}, 1, 1},
+      {"two late votes hide many", {{1, 10, 177}, {2, 10, 2}}, 0, 1},
+      {"votes in the window hide too", {{1, 10, 177}, {2, 8, 2}}, 0, 1},
       {"votes of several add up to another text",
-       {{1, {{10, 140}}}, {2, {{10, 2}}}, {3, {{10, 2}}}, {4, {{10, 1}}}},
+       {{1, 10, 140}, {2, 10, 2}, {3, 10, 2}, {4, 10, 1}},
        0,
        1},
-      {"nine hide more and need a front",
-       {{1, {{10, 120}}}, {2, {{10, 9}}}, {3, {{500, 12}}}},
-       0,
-       1},
-      {"a loop heard elsewhere", {{1, {{10, 100}, {50, 99}}}, {2, {{50, 4}}}}, 2, 1},
+      {"nine hide more and need a front", {{1, 10, 120}, {2, 10, 9}, {3, 500, 12}}, 0, 1},
+      {"a loop heard elsewhere", {{1, 10, 100}, {1, 50, 99}, {2, 50, 4}}, 2, 1},
       {"many tracks share a later place",
-       {{1, {{10, 130}}}, {2, {{90, 4}}}, {3, {{90, 4}}}, {4, {{90, 124}, {10, 2}}}},
+       {{1, 10, 130}, {2, 90, 4}, {3, 90, 4}, {4, 90, 124}, {4, 10, 2}},
        4,
        1},
       {"nobody stands out", copies(4, 40) + noise(1), 1, 0},
       {"five copies among noise", copies(5, 120) + noise(20) + hiderOfFirst, 0, 1},
-      {"a copy with another text", {{1, {{10, 120}}}, {2, {{10, 97}}}}, 2, 2},
+      {"a copy with another text", {{1, 10, 120}, {2, 10, 97}}, 2, 2},
   };
-  for (const auto& [what, tracks, firstHitAnswer, chosenAnswer] : cases) {
-    const HitsByTrack hits(passOf(tracks));
+  for (const auto& [what, votes, firstHitAnswer, chosenAnswer] : cases) {
+    const HitsByTrack hits(passOf(votes));
     EXPECT_EQ(answer(hits, firstHitFirst(hits)), firstHitAnswer) << what;
     EXPECT_EQ(answer(hits, chooseTrackOrder(hits, kMinimum).tracks), chosenAnswer) << what;
   }
@@ -114,21 +82,20 @@ TEST(TrackOrder, MakesTheVoteAnswerRight) {
 // votes, many of them where others have theirs.
 HitsByTrack randomPass(std::mt19937& random) {
   const auto below = [&](std::uint32_t end) { return static_cast<std::int32_t>(random() % end); };
-  std::vector<TrackVotes> tracks;
+  std::vector<Votes> votes;
   const std::int32_t trackCount = 1 + below(60);
   const std::int32_t places = 3 + below(60);
   for (std::int32_t i = 0; i < trackCount; ++i) {
-    TrackVotes track{1 + i, {{below(400), 1}}};
+    votes.push_back({1 + i, below(400), 1});
     for (std::int32_t k = below(12); k > 0; --k) {
-      track.votes.push_back({17 * below(static_cast<std::uint32_t>(places)), 1 + below(4)});
+      votes.push_back({1 + i, 17 * below(static_cast<std::uint32_t>(places)), 1 + below(4)});
     }
-    tracks.push_back(track);
   }
-  const auto heard = static_cast<std::size_t>(below(static_cast<std::uint32_t>(trackCount)));
+  const std::int32_t heard = 1 + below(static_cast<std::uint32_t>(trackCount));
   const std::int32_t offset = 17 * below(static_cast<std::uint32_t>(places));
-  tracks[heard].votes.push_back({offset, below(250)});
-  tracks[heard].votes.push_back({offset + 1, below(10)});
-  return HitsByTrack(passOf(tracks));
+  votes.push_back({heard, offset, below(250)});
+  votes.push_back({heard, offset + 1, below(10)});
+  return HitsByTrack(passOf(votes));
 }
 
 TEST(TrackOrder, HoldsEveryTrackOnceDependsOnNothingElseAndKeepsWhatItPromises) {
@@ -162,36 +129,33 @@ TEST(TrackOrder, HoldsEveryTrackOnceDependsOnNothingElseAndKeepsWhatItPromises) 
 TEST(TrackOrder, KeepsSilentWhereTheChanceVotesOfThousandsPileUp) {
   std::mt19937 random(1);
   for (const std::uint32_t places : {18000U, 12000U}) {
-    std::vector<TrackVotes> tracks;
-    for (std::int32_t id = 1; id <= 3000; ++id) {
-      TrackVotes track{id, {}};
-      for (int i = 0; i < 100; ++i) {
-        track.votes.push_back({static_cast<std::int32_t>(random() % places), 1});
-      }
-      tracks.push_back(track);
+    std::vector<Votes> votes;
+    for (std::int32_t i = 0; i < 300'000; ++i) {
+      votes.push_back({1 + i / 100, static_cast<std::int32_t>(random() % places), 1});
     }
-    const HitsByTrack hits(passOf(tracks));
+    const HitsByTrack hits(passOf(votes));
     EXPECT_EQ(answer(hits, chooseTrackOrder(hits, kMinimum).tracks), 0) << places;
   }
 }
 
 // Every plan fails here: 2,000 tracks hide the leader, and nothing can go before it.
 TEST(TrackOrder, TakesBoundedWorkWhereNoOrderServes) {
-  std::vector<TrackVotes> tracks{{1, {{5, 300}}}};
+  std::vector<Votes> all{{1, 5, 300}};
   for (std::int32_t i = 0; i < 2000; ++i) {
-    tracks.push_back({2 + i, {{5, 5 + i % 36}, {100 + 7 * i % 900, 30}}});
+    all.push_back({2 + i, 5, 5 + i % 36});
+    all.push_back({2 + i, 100 + 7 * i % 900, 30});
   }
-  const HitsByTrack hits(passOf(tracks));
+  const HitsByTrack hits(passOf(all));
   VoteTrial trial(hits);
   std::size_t votes = 0;
   for (int rounds = 0; rounds < 1000 && !trial.isExhausted(); ++rounds) {
-    for (std::size_t track = 0; track < tracks.size(); ++track) {
+    for (std::size_t track = 0; track < hits.tracks().size(); ++track) {
       trial.visit(track, [](const VoteTrial::Visit&) { return false; });
     }
     votes += hits.hitCount();
   }
   EXPECT_LT(votes, 16 * hits.hitCount());
-  EXPECT_EQ(chooseTrackOrder(hits, kMinimum).tracks.size(), tracks.size());
+  EXPECT_EQ(chooseTrackOrder(hits, kMinimum).tracks.size(), hits.tracks().size());
 }
 
 }  // namespace

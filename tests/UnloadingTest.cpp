@@ -1,7 +1,4 @@
 // The library loaded by hand, used, given back and loaded again, in a process that goes on.
-#include <chrono>
-#include <thread>
-
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 

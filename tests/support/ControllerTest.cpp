@@ -7,30 +7,12 @@
 #include "lib/LirvoxSettings.h"
 #include "lib/LirvoxUtilities.h"
 #include "lib/ProcessingPass.h"
-#include "lib/platform/MemoryAudioUnit.h"
 #include "tests/support/FingerprintFile.h"
 
 namespace lirvox::test {
 namespace {
 
-class SilentUnit : public platform::MemoryAudioUnit {
- public:
-  explicit SilentUnit(std::string& log) : MemoryAudioUnit(nullptr), log_(log) {}
-  platform::AudioStatus start() override {
-    log_ += "start ";
-    return MemoryAudioUnit::start();
-  }
-  platform::AudioStatus stop() override {
-    log_ += "stop ";
-    return MemoryAudioUnit::stop();
-  }
-
- private:
-  std::string& log_;
-};
-
-}  // namespace
-
+// The hashes that a pass over `words` looks up, stage by stage.
 std::vector<QueryHash> queryHashes(const std::vector<std::int32_t>& words) {
   LirvoxAudioFFT fft;
   const auto history = LirvoxUtilities::initHistoryInfo();
@@ -42,10 +24,12 @@ std::vector<QueryHash> queryHashes(const std::vector<std::int32_t>& words) {
   return LirvoxRecognize::queryHashes(*history);
 }
 
+}  // namespace
+
 ControllerTest::ControllerTest() {
   platform_.change([this](platform::Platform& services) {
     services.makeInputUnit = [this](platform::AudioStatus&) {
-      return std::make_unique<SilentUnit>(unitLog_);
+      return std::make_unique<ScriptedUnit>(script_);
     };
   });
   lirvox_->setDelegate(delegate_);
@@ -84,6 +68,14 @@ ControllerTest::Calls ControllerTest::outcomeOf(const std::vector<std::int32_t>&
   deliver(words);
   platform_.scheduler.run();
   return delegate_->takeCalls();
+}
+
+std::string ControllerTest::unitLog() const {
+  std::string log;
+  for (const std::string& call : script_->calls) {
+    if (call == "start" || call == "stop") log += call + ' ';
+  }
+  return log;
 }
 
 void ControllerTest::runUntilLimit() {

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "RecordedDelegate.h"
+#include "ScriptedAudio.h"
 #include "TestPlatform.h"
 #include "Tune.h"
 #include "lib/Lirvox.h"
@@ -20,11 +21,8 @@ namespace lirvox::test {
 /// Samples of a capture of 5 s.
 constexpr std::size_t kSamplesOfCapture = 55125;
 
-/// The hashes that a pass over `words` looks up, stage by stage.
-std::vector<QueryHash> queryHashes(const std::vector<std::int32_t>& words);
-
-/// The shared controller with a delegate, a store and an input that delivers nothing
-/// by itself, in virtual time. Each test leaves the controller idle and unset.
+/// The shared controller with a delegate, a store and a scripted input, in virtual time. Each test
+/// leaves the controller idle and unset.
 class ControllerTest : public testing::Test {
  protected:
   using Calls = std::vector<RecordedDelegate::Call>;
@@ -42,6 +40,8 @@ class ControllerTest : public testing::Test {
   void deliver(const std::vector<std::int32_t>& words) { deliver(words.data(), words.size()); }
   /// What the delegate is told of a capture that hears just this.
   Calls outcomeOf(const std::vector<std::int32_t>& words);
+  /// "start " and "stop " for every time the input was told so.
+  std::string unitLog() const;
   /// Runs tasks up to the one that ends the capture.
   void runUntilLimit();
 
@@ -51,8 +51,8 @@ class ControllerTest : public testing::Test {
   }
 
   TestPlatform platform_;
-  /// "start " and "stop " for every time the input was told so.
-  std::string unitLog_;
+  /// What the input is told; it delivers nothing by itself.
+  const std::shared_ptr<AudioScript> script_ = std::make_shared<AudioScript>();
   const std::vector<std::int32_t> song_ = makeTune(1, 5.0);
   const std::vector<std::int32_t> other_ = makeTune(2, 5.0);
   const std::shared_ptr<Lirvox> lirvox_ = Lirvox::sharedInstance();

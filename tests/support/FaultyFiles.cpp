@@ -1,35 +1,13 @@
 // The C library's file operations, which may fail. For the programs of single tests: these
 // come before the library's own, also for SQLite, minizip and the C++ library.
-#include <cerrno>
-#include <cstddef>
+#include "tests/support/FaultyCalls.h"
 
-#include <dlfcn.h>
+#define FAULTY(...) FAULTY_CALL(faultIsDue(), __VA_ARGS__, ENOSPC)
 
-namespace lirvox::test {
-bool faultIsDue() noexcept;  // the header would bring those of the operations themselves
-}
-
-namespace {
-
-template <typename Function>
-Function* realOne(const char* name) {
-  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-}
-
-}  // namespace
-
-// Declared without the headers, whose types and promises differ from system to system.
-#define FAULTY(result, name, parameters, arguments, failure)     \
-  result name parameters {                                       \
-    static auto* const real = realOne<result parameters>(#name); \
-    if (!lirvox::test::faultIsDue()) return real arguments;      \
-    errno = ENOSPC;                                              \
-    return failure;                                              \
-  }
+using namespace lirvox::test;
 
 #pragma GCC visibility push(default)
 extern "C" {
-using Size = std::size_t;
 FAULTY(int, open, (const char* path, int flags, unsigned mode), (path, flags, mode), -1)
 FAULTY(int, open64, (const char* path, int flags, unsigned mode), (path, flags, mode), -1)
 FAULTY(int, openat, (int at, const char* path, int flags, unsigned mode), (at, path, flags, mode),
@@ -69,7 +47,7 @@ FAULTY(int, unlinkat, (int at, const char* path, int flags), (at, path, flags), 
 // What a disk takes for these would only take time.
 int fsync(int) {
   errno = ENOSPC;
-  return lirvox::test::faultIsDue() ? -1 : 0;
+  return faultIsDue() ? -1 : 0;
 }
 int fdatasync(int file) {
   return fsync(file);

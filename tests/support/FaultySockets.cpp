@@ -1,36 +1,26 @@
 // What libcurl and libpulse ask of the C library, which may fail. For the programs of single
 // tests: these come before the library's own, and fail for nobody but those two.
-#include <cerrno>
-#include <cstddef>
 #include <string_view>
 
-#include <dlfcn.h>
+#include "tests/support/FaultyCalls.h"
 
 extern "C" int isfdtype(int descriptor, int type);
 
-namespace lirvox::test {
-bool faultOfAnyThreadIsDue() noexcept;  // without what headers declare of the operations
-}
+using namespace lirvox::test;
 
 namespace {
 
-constexpr auto npos = std::string_view::npos;
 constexpr int kTcp = 6;
-
-template <typename Function>
-Function* realOne(const char* name) {
-  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-}
 
 bool isOf(const char* library, const void* caller) {
   Dl_info info;
-  return dladdr(caller, &info) != 0 && std::string_view(info.dli_fname).find(library) != npos;
+  return dladdr(caller, &info) != 0 &&
+         std::string_view(info.dli_fname).find(library) != std::string_view::npos;
 }
 
 // Servers in the same process are served well.
 bool fails(const void* caller) {
-  return (isOf("libcurl", caller) || isOf("libpulse", caller)) &&
-         lirvox::test::faultOfAnyThreadIsDue();
+  return (isOf("libcurl", caller) || isOf("libpulse", caller)) && faultOfAnyThreadIsDue();
 }
 
 bool isSocket(int descriptor) {
@@ -41,24 +31,16 @@ bool isSocket(int descriptor) {
 }  // namespace
 
 #define CALLER __builtin_return_address(0)
-#define FAULTY_IF(isDue, result, name, parameters, arguments, failure, reason) \
-  result name parameters {                                                     \
-    static auto* const real = realOne<result parameters>(#name);               \
-    if (!(isDue)) return real arguments;                                       \
-    errno = reason;                                                            \
-    return failure;                                                            \
-  }
-#define FAULTY(...) FAULTY_IF(fails(CALLER), __VA_ARGS__)
+#define FAULTY(...) FAULTY_CALL(fails(CALLER), __VA_ARGS__)
 
 // Not among them: what a valid descriptor is never refused; what wakes a thread through a pipe; and
 // libpulse's `poll`, which only fails for want of the kernel's own memory: its thread then ends,
 // and nobody is told.
 #pragma GCC visibility push(default)
 extern "C" {
-using Size = std::size_t;
 // What libcurl has the library open for it is told from what a server opens by the protocol.
-FAULTY_IF(protocol == kTcp ? lirvox::test::faultOfAnyThreadIsDue() : fails(CALLER), int, socket,
-          (int domain, int type, int protocol), (domain, type, protocol), -1, EMFILE)
+FAULTY_CALL(protocol == kTcp ? faultOfAnyThreadIsDue() : fails(CALLER), int, socket,
+            (int domain, int type, int protocol), (domain, type, protocol), -1, EMFILE)
 FAULTY(int, socketpair, (int domain, int type, int protocol, int* pair),
        (domain, type, protocol, pair), -1, EMFILE)
 FAULTY(int, pipe, (int* pair), (pair), -1, EMFILE)
@@ -69,14 +51,14 @@ FAULTY(long, recv, (int socket, void* bytes, Size count, int flags), (socket, by
        -1, ECONNRESET)
 FAULTY(long, recvmsg, (int socket, void* message, int flags), (socket, message, flags), -1,
        ECONNRESET)
-FAULTY_IF(isSocket(socket) && fails(CALLER), long, send,
-          (int socket, const void* bytes, Size count, int flags), (socket, bytes, count, flags), -1,
-          ECONNRESET)
+FAULTY_CALL(isSocket(socket) && fails(CALLER), long, send,
+            (int socket, const void* bytes, Size count, int flags), (socket, bytes, count, flags),
+            -1, ECONNRESET)
 FAULTY(long, sendmsg, (int socket, const void* message, int flags), (socket, message, flags), -1,
        ECONNRESET)
-FAULTY_IF(isOf("libcurl", CALLER) && fails(CALLER), int, poll,
-          (void* descriptors, unsigned long count, int milliseconds),
-          (descriptors, count, milliseconds), -1, ENOMEM)
+FAULTY_CALL(isOf("libcurl", CALLER) && fails(CALLER), int, poll,
+            (void* descriptors, unsigned long count, int milliseconds),
+            (descriptors, count, milliseconds), -1, ENOMEM)
 FAULTY(int, open64, (const char* path, int flags, unsigned mode), (path, flags, mode), -1, EMFILE)
 FAULTY(void*, fopen64, (const char* path, const char* mode), (path, mode), nullptr, EMFILE)
 FAULTY(int, pthread_create,

@@ -10,9 +10,18 @@
 
 namespace lirvox::test {
 
+void runSql(const std::filesystem::path& path, const std::string& sql) {
+  std::filesystem::create_directories(path.parent_path());
+  sqlite3* file = nullptr;
+  const bool done = sqlite3_open(path.c_str(), &file) == SQLITE_OK &&
+                    sqlite3_exec(file, sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
+  const std::string reason = sqlite3_errmsg(file);
+  sqlite3_close(file);
+  if (!done) throw std::runtime_error(path.string() + ": " + reason + ": " + sql.substr(0, 1000));
+}
+
 void writeFingerprintFile(const std::filesystem::path& path,
                           const std::vector<FingerprintRow>& rows) {
-  std::filesystem::create_directories(path.parent_path());
   std::string sql =
       "PRAGMA synchronous=OFF; BEGIN; CREATE TABLE db(track_id INTEGER, num1 INTEGER, num2 "
       "INTEGER);";
@@ -20,13 +29,7 @@ void writeFingerprintFile(const std::filesystem::path& path,
     sql += "INSERT INTO db VALUES(" + std::to_string(track) + ',' + std::to_string(time) + ',' +
            std::to_string(hash) + ");";
   }
-  sqlite3* file = nullptr;
-  const bool written =
-      sqlite3_open(path.c_str(), &file) == SQLITE_OK &&
-      sqlite3_exec(file, (sql + "COMMIT;").c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
-  const std::string reason = sqlite3_errmsg(file);
-  sqlite3_close(file);
-  if (!written) throw std::runtime_error(path.string() + ": " + reason);
+  runSql(path, sql + "COMMIT;");
 }
 
 void writeJournalThatRemoves(const std::string& victim, const std::string& database) {

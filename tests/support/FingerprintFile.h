@@ -15,6 +15,9 @@ struct FingerprintRow {
   std::int32_t num2;
 };
 
+/// Runs statements on a database, on a connection that does not stay open.
+void runSql(const std::filesystem::path& path, const std::string& sql);
+
 /// Writes a database whose table `db` holds `rows` in this order, and the folders above it.
 void writeFingerprintFile(const std::filesystem::path& path,
                           const std::vector<FingerprintRow>& rows);

@@ -3,9 +3,7 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <functional>
-#include <memory>
 #include <vector>
 
 #include "lib/platform/Platform.h"

@@ -4,8 +4,10 @@
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
+#include <utility>
 #include <vector>
 
+#include "Faults.h"
 #include "lib/LirvoxDelegate.h"
 
 namespace lirvox::test {
@@ -22,17 +24,34 @@ class RecordedDelegate : public LirvoxDelegate {
   };
 
   void didRecognize(std::int32_t trackId, float absoluteTimeOffset,
-                    float relativeTimeOffset) override;
-  void didNotRecognize() override;
+                    float relativeTimeOffset) override {
+    add({trackId, absoluteTimeOffset, relativeTimeOffset});
+  }
+  void didNotRecognize() override { add({}); }
 
-  std::vector<Call> calls() const;
+  std::vector<Call> calls() const {
+    const std::lock_guard lock(mutex_);
+    return calls_;
+  }
   /// The calls so far, which are then forgotten.
-  std::vector<Call> takeCalls();
+  std::vector<Call> takeCalls() {
+    const std::lock_guard lock(mutex_);
+    return std::exchange(calls_, {});
+  }
   /// Waits until there are `count` calls, and returns them.
-  std::vector<Call> waitForCalls(std::size_t count) const;
+  std::vector<Call> waitForCalls(std::size_t count) const {
+    std::unique_lock lock(mutex_);
+    called_.wait(lock, [&] { return calls_.size() >= count; });
+    return calls_;
+  }
 
  private:
-  void add(const Call& call);
+  void add(const Call& call) {
+    const FaultsPaused own;
+    const std::lock_guard lock(mutex_);
+    calls_.push_back(call);
+    called_.notify_all();
+  }
 
   mutable std::mutex mutex_;
   mutable std::condition_variable called_;

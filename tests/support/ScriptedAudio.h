@@ -1,17 +1,16 @@
-// An audio unit and a session whose behaviour a test writes down.
+// An audio unit whose behaviour a test writes down.
 #pragma once
 
 #include <cstring>
+#include <functional>
 #include <map>
 #include <memory>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "lib/platform/Platform.h"
 #include "tests/support/Faults.h"
-#include "tests/support/RecordedLog.h"
 
 namespace lirvox::test {
 
@@ -26,6 +25,7 @@ struct AudioScript {
   AudioStatus renderStatus = 0;
   std::uint32_t maximumFrames = 1024;
   platform::AudioUnit::InputCallback callback;
+  std::function<void()> whenStopped = [] {};
 
   AudioStatus answer(const char* call) {
     if (faultIsDue()) return platform::audioStateError;
@@ -66,7 +66,11 @@ class ScriptedUnit : public platform::AudioUnit {
   AudioStatus initialize() override { return script_->answer(__func__); }
   AudioStatus uninitialize() override { return script_->answer(__func__); }
   AudioStatus start() override { return script_->answer(__func__); }
-  AudioStatus stop() override { return script_->answer(__func__); }
+  AudioStatus stop() override {
+    const AudioStatus status = script_->answer(__func__);
+    script_->whenStopped();
+    return status;
+  }
   AudioStatus render(RenderActionFlags&, const platform::AudioTimeStamp&, std::uint32_t,
                      std::uint32_t, platform::AudioBufferList& list) override {
     std::memcpy(list.buffers[0].data, script_->samples.data(), list.buffers[0].dataByteSize);
@@ -75,43 +79,6 @@ class ScriptedUnit : public platform::AudioUnit {
 
  private:
   const std::shared_ptr<AudioScript> script_;
-};
-
-class ScriptedSession : public platform::NullAudioSession {
- public:
-  platform::AudioSessionRoute currentRoute() override { return route; }
-  std::optional<platform::AudioSessionDataSource> inputDataSource() override { return dataSource; }
-  bool setPreferredInput(const std::optional<platform::AudioSessionPort>&,
-                         LirvoxError& error) override {
-    error.localizedDescription = "port refused";
-    return !refusesPort;
-  }
-  bool setInputDataSource(const platform::AudioSessionDataSource&, LirvoxError& error) override {
-    error.localizedDescription = "source refused";
-    return false;
-  }
-
-  platform::AudioSessionRoute route;
-  std::optional<platform::AudioSessionDataSource> dataSource;
-  bool refusesPort = false;
-};
-
-// Installs the scripted sound and log.
-struct ScriptedPlatform {
-  ScriptedPlatform() {
-    platform::Platform installed = platform::systemPlatform();
-    installed.audioSession = session;
-    installed.log = log;
-    installed.makeInputUnit = [this](AudioStatus& status) {
-      status = script->answer("makeInputUnit");
-      return std::make_unique<ScriptedUnit>(script);
-    };
-    platform::install(std::move(installed));
-  }
-
-  const std::shared_ptr<AudioScript> script = std::make_shared<AudioScript>();
-  const std::shared_ptr<ScriptedSession> session = std::make_shared<ScriptedSession>();
-  const std::shared_ptr<RecordedLog> log = std::make_shared<RecordedLog>();
 };
 
 }  // namespace lirvox::test

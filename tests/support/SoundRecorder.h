@@ -1,7 +1,6 @@
 // A microphone's delegate that keeps all it is told.
 #pragma once
 
-#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>

@@ -31,4 +31,11 @@ void TestPlatform::change(const std::function<void(platform::Platform&)>& change
   platform::install(std::move(services));
 }
 
+void TestPlatform::useRealQueues() {
+  change([system = platform::systemPlatform()](platform::Platform& services) {
+    services.mainQueue = system.mainQueue;
+    services.globalQueue = system.globalQueue;
+  });
+}
+
 }  // namespace lirvox::test

@@ -21,6 +21,8 @@ class TestPlatform {
 
   /// Replaces services: `change` gets the installed ones and alters what it likes.
   void change(const std::function<void(platform::Platform&)>& change);
+  /// Has the system's main and global queues from now on.
+  void useRealQueues();
 
   VirtualScheduler scheduler;
   const std::shared_ptr<RecordedLog> log = std::make_shared<RecordedLog>();
