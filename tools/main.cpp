@@ -3,6 +3,8 @@
 #include <iostream>
 #include <string_view>
 
+#include <malloc.h>
+
 #include "catalog/CatalogError.h"
 #include "lib/platform/Platform.h"
 #include "tools/CommandLine.h"
@@ -11,7 +13,20 @@
 
 using namespace lirvox::tools;
 
+namespace {
+
+// The rows and samples of long recordings go back to the system as soon as they are done with:
+// otherwise the C library begins to keep blocks of up to 32 MB once the first one has been freed.
+void giveLargeBlocksBack() {
+#ifdef M_MMAP_THRESHOLD
+  mallopt(M_MMAP_THRESHOLD, 1 << 20);
+#endif
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
+  giveLargeBlocksBack();
   // One set of folders, whatever the program's file is called.
   lirvox::platform::install(lirvox::platform::systemPlatform("lirvox"));
   const Program program = {
