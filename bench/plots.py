@@ -34,7 +34,7 @@ def panel(axes, figures, x, ys, title, x_label, y_label, log_y=False):
     if log_y:
         axes.set_yscale("log")
     else:
-        axes.set_ylim(bottom=0)
+        axes.set_ylim(0, 1.3 * axes.get_ylim()[1])  # room for the legend
     axes.grid(True, which="major", color="#DDDDDD")
     if len(ys) > 1:
         axes.legend(frameon=False)
