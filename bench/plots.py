@@ -34,10 +34,10 @@ def panel(axes, figures, x, ys, title, x_label, y_label, log_y=False):
     if log_y:
         axes.set_yscale("log")
     else:
-        axes.set_ylim(0, 1.3 * axes.get_ylim()[1])  # room for the legend
+        axes.set_ylim(bottom=0)
     axes.grid(True, which="major", color="#DDDDDD")
     if len(ys) > 1:
-        axes.legend(frameon=False)
+        axes.legend(frameon=False, loc="upper center", bbox_to_anchor=(0.5, -0.17), ncol=2)
 
 
 def save(figure, path):
