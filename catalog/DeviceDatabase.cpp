@@ -66,6 +66,8 @@ void copy(const std::string& original, const std::string& path) {
   copyRows(*reader, device);
   if (reader->tableExists("tracks")) copyTracks(*reader, device);
   transaction.commit();
+  // Rows that are inserted in order leave an eighth of each page empty.
+  device.exec("VACUUM");
 }
 
 // The 64-bit FNV-1a hash. Nobody gains by making two databases with one stamp.
