@@ -17,7 +17,8 @@ constexpr int kBusyTimeoutInMilliseconds = 2'000;
 constexpr const char* kOddities = R"(
   SELECT type FROM pragma_table_list(?1) WHERE schema = 'main' AND type <> 'table'
   UNION ALL SELECT 'generated columns' FROM pragma_table_xinfo(?1) WHERE hidden > 0
-  UNION ALL SELECT 'an index on expressions' FROM pragma_index_list(?1) AS list,
+  UNION ALL SELECT iif(list.partial, 'a partial index', 'an index on expressions')
+    FROM pragma_index_list(?1) AS list,
     pragma_index_xinfo(list.name) AS info WHERE info.cid = -2 OR list.partial)";
 
 // A connection and what guards it, for as long as either is used.

@@ -270,6 +270,7 @@ TEST_F(Keeping, RefusesFilesThatDoMoreThanHoldRows) {
        "db is no ordinary table (view)"},
       {"DROP TABLE held; CREATE VIRTUAL TABLE held USING fts5(num1, num2)", "(virtual)"},
       {"ALTER TABLE tracks ADD COLUMN more AS (title || title)", "(generated columns)"},
+      {"CREATE INDEX some ON db(num1) WHERE num1 > num2", "(a partial index)"},
       {"CREATE INDEX sums ON db(num1 + num2)", "(an index on expressions)"}};
   for (const auto& [change, says] : cases) {
     test::writeFile(file, sound);
