@@ -7,16 +7,13 @@
 namespace lirvox {
 namespace {
 
-// The rounds of the search, each over all lineups: no front, the strongest ones, which
-// serve best, and many. Ends of ranges over the choices of a front, the first being none.
-constexpr std::size_t kRounds[] = {1, 4, 49};
+// The most fronts that go before the supporters, and how many tracks are tried as the first
+// of one, two and three. The strongest serve best.
+constexpr std::size_t kMostFronts = 3;
+constexpr std::size_t kFirst[] = {0, 24, 8, 8};
 
 // Lineups beyond the smallest one.
 constexpr std::size_t kLifts = 4;
-
-bool ranksBelow(std::int32_t count, std::int32_t other) {
-  return count != other && DecimalString(count) < DecimalString(other);
-}
 
 std::int32_t firstDigit(std::int32_t count) {
   while (count >= 10) count /= 10;
@@ -33,20 +30,12 @@ bool isLift(std::int32_t smallest, std::int32_t latest, std::int32_t count) {
 LeaderPlans::LeaderPlans(const HitsByTrack& hits, const TrackStatistics& statistics,
                          std::int32_t minimum)
     : statistics_(statistics),
-      leaderHits_(hits.tracks()[statistics.leader()]),
-      minimum_(minimum),
-      trial_(hits) {}
+      trial_(hits, statistics, minimum),
+      fronts_(hits, statistics, trial_) {}
 
 std::optional<std::vector<std::size_t>> LeaderPlans::find() {
-  const std::vector<Lineup> all = lineups();
-  std::size_t begin = 0;
-  for (const std::size_t end : kRounds) {
-    for (const Lineup& lineup : all) {
-      if (tryFronts(lineup, begin, end, false) || tryFronts(lineup, begin, end, true)) {
-        return trial_.order();
-      }
-    }
-    begin = end;
+  for (const Lineup& lineup : lineups()) {
+    if (tryLineup(lineup)) return trial_.order();
   }
   return std::nullopt;
 }
@@ -83,79 +72,83 @@ std::vector<LeaderPlans::Lineup> LeaderPlans::lineups() const {
   return lineups;
 }
 
-std::vector<std::optional<std::size_t>> LeaderPlans::fronts(const Lineup& lineup,
-                                                            std::size_t most) const {
-  std::vector<std::optional<std::size_t>> fronts{std::nullopt};
+std::vector<std::size_t> LeaderPlans::frontsFor(const Lineup& lineup) const {
+  std::vector<std::size_t> fronts;
   for (const std::size_t track : statistics_.ranking()) {
     const TrackStatistics::Alignment& alignment = statistics_[track];
-    if (fronts.size() == most || !alignment.peak.isCandidate()) break;
-    if (track != statistics_.leader() && ranksBelow(alignment.count, lineup.count)) {
-      fronts.emplace_back(track);
+    if (fronts.size() == kFirst[1] || !alignment.peak.isCandidate()) break;
+    if (track != statistics_.leader() && Fronts::canBeFront(alignment.count, lineup.count)) {
+      fronts.push_back(track);
     }
   }
   return fronts;
 }
 
-bool LeaderPlans::tryFronts(const Lineup& lineup, std::size_t begin, std::size_t end,
-                            bool isFilled) {
-  const auto choices = fronts(lineup, end);
-  for (std::size_t i = begin; i < choices.size() && !trial_.isExhausted(); ++i) {
-    if (tryOrder(lineup, choices[i], isFilled)) return true;
+bool LeaderPlans::tryLineup(const Lineup& lineup) {
+  const auto opening = open(lineup);
+  if (!opening) return false;
+  if (trial_.visitLeader()) {
+    const std::vector<std::size_t> refused = trial_.visitRest();
+    if (refused.empty()) return true;
+    const std::vector<Fronts::Crowd> crowds = fronts_.crowdsOf(refused);
+    if (!crowds.empty() && reopen(lineup, *opening, crowds) && finish()) return true;
   }
-  return false;
+  if (!reopen(lineup, *opening, {})) return false;
+  fill();
+  return finish();
 }
 
-bool LeaderPlans::tryOrder(const Lineup& lineup, std::optional<std::size_t> front, bool isFilled) {
-  trial_.restart();
-  best_ = DecimalString(0);
-  if (front && !visitBefore({*front}, lineup).empty()) return false;
-  return visitSupporters(lineup, isFilled) && visitLeader() && visitRest();
+// Visits as few fronts as it takes, and the supporters. Returns the fronts, or nothing if
+// supporters are refused whatever the fronts.
+std::optional<std::vector<std::size_t>> LeaderPlans::open(const Lineup& lineup) {
+  const std::vector<std::size_t> fronts = frontsFor(lineup);
+  for (std::size_t count = 0; count <= kMostFronts; ++count) {
+    const std::size_t tried = count == 0 ? 1 : std::min(kFirst[count], fronts.size());
+    for (std::size_t first = 0; first < tried && !trial_.isExhausted(); ++first) {
+      trial_.restart(lineup.count);
+      const std::vector<std::size_t> raised = raise(fronts, first, count);
+      if (raised.size() == count && visitSupporters(lineup)) return raised;
+    }
+  }
+  return std::nullopt;
 }
 
-bool LeaderPlans::visitSupporters(const Lineup& lineup, bool isFilled) {
-  std::vector<std::size_t> refused = visitBefore(lineup.supporters, lineup);
-  if (!isFilled) return refused.empty();
+std::vector<std::size_t> LeaderPlans::raise(const std::vector<std::size_t>& fronts,
+                                            std::size_t first, std::size_t count) {
+  std::vector<std::size_t> raised;
+  if (count == 0 || !fronts_.raise(fronts[first])) return raised;
+  raised.push_back(fronts[first]);
+  for (std::size_t i = 0; i < fronts.size() && raised.size() < count; ++i) {
+    if (fronts_.raise(fronts[i])) raised.push_back(fronts[i]);
+  }
+  return raised;
+}
+
+bool LeaderPlans::reopen(const Lineup& lineup, const std::vector<std::size_t>& fronts,
+                         const std::vector<Fronts::Crowd>& crowds) {
+  trial_.restart(lineup.count);
+  return std::all_of(crowds.begin(), crowds.end(),
+                     [&](const Fronts::Crowd& crowd) { return fronts_.clear(crowd); }) &&
+         std::all_of(fronts.begin(), fronts.end(),
+                     [&](std::size_t front) { return fronts_.raise(front); }) &&
+         visitSupporters(lineup);
+}
+
+bool LeaderPlans::visitSupporters(const Lineup& lineup) {
+  return trial_.visitBefore(lineup.supporters).empty();
+}
+
+bool LeaderPlans::finish() {
+  return trial_.visitLeader() && trial_.visitRest().empty();
+}
+
+void LeaderPlans::fill() {
   std::vector<std::size_t> fill;
   for (const std::size_t track : statistics_.ranking()) {
     if (statistics_.votesForLeader(track) == 0) fill.push_back(track);
   }
   std::reverse(fill.begin(), fill.end());
-  visitBefore(std::move(fill), lineup);
-  return visitBefore(std::move(refused), lineup).empty();
-}
-
-std::vector<std::size_t> LeaderPlans::visitBefore(std::vector<std::size_t> tracks,
-                                                  const Lineup& lineup) {
-  const OffsetHistogram::Peak leader = statistics_[statistics_.leader()].peak;
-  return trial_.visitAll(std::move(tracks), [&](const VoteTrial::Visit& visit) {
-    // The leader must still be able to raise the peak.
-    if (visit.peak.height >= trial_.votes(leader.bin) + leader.height) return false;
-    if (!visit.isCandidate) return true;
-    // A window that overlaps the leader's takes its votes away.
-    const bool isApart = visit.peak.bin > leader.bin + 2 || visit.peak.bin + 2 < leader.bin;
-    if (!isApart || !ranksBelow(visit.count, lineup.count)) return false;
-    best_ = std::max(best_, DecimalString(visit.count));
-    return true;
-  });
-}
-
-bool LeaderPlans::visitLeader() {
-  return trial_.visit(statistics_.leader(), [&](const VoteTrial::Visit& visit) {
-    // Of equal counts the earlier candidate would win.
-    const DecimalString count(visit.count);
-    if (!visit.isCandidate || visit.count <= minimum_ || !(best_ < count)) return false;
-    // In looped music, others may tip the balance to another place that is as right.
-    if (OffsetHistogram::windowVotes(leaderHits_, visit.peak.bin) <= minimum_) return false;
-    best_ = count;
-    return true;
-  });
-}
-
-bool LeaderPlans::visitRest() {
-  const auto isHarmless = [&](const VoteTrial::Visit& visit) {
-    return !visit.isCandidate || !(best_ < DecimalString(visit.count));
-  };
-  return trial_.visitAll(statistics_.ranking(), isHarmless).empty();
+  trial_.visitBefore(std::move(fill));
 }
 
 }  // namespace lirvox

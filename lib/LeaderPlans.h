@@ -6,9 +6,10 @@
 #include <optional>
 #include <vector>
 
+#include "Fronts.h"
 #include "HitsByTrack.h"
+#include "LeaderTrial.h"
 #include "TrackStatistics.h"
-#include "VoteTrial.h"
 
 namespace lirvox {
 
@@ -28,9 +29,10 @@ namespace lirvox {
 ///   a set that is complete for its own sum; with the leader that makes a lineup. A
 ///   larger set than necessary can lift the count to a better text: few tracks hide the
 ///   "200" of 130 votes of the leader and 70 of others.
-/// - a front, visited first, if supporters are strong enough to raise the peak by
-///   themselves: its peak is higher than theirs, so they are counted at its place, where
-///   nothing is left. Its own count must come before the leader's as text.
+/// - fronts, visited first, if supporters are strong enough to raise the peak by
+///   themselves: with a higher peak than theirs, they are counted at its place.
+/// - cleared crowds: where the tracks behind the leader have more votes together than it
+///   has, some are visited behind a front that stands there.
 /// - fill: tracks without votes for the leader that go before it. What they have in common
 ///   elsewhere is counted early, in small portions, and is not in the way later.
 class LeaderPlans {
@@ -50,19 +52,20 @@ class LeaderPlans {
 
   std::vector<std::size_t> voters() const;
   std::vector<Lineup> lineups() const;
-  std::vector<std::optional<std::size_t>> fronts(const Lineup& lineup, std::size_t most) const;
-  bool tryFronts(const Lineup& lineup, std::size_t begin, std::size_t end, bool isFilled);
-  bool tryOrder(const Lineup& lineup, std::optional<std::size_t> front, bool isFilled);
-  bool visitSupporters(const Lineup& lineup, bool isFilled);
-  std::vector<std::size_t> visitBefore(std::vector<std::size_t> tracks, const Lineup& lineup);
-  bool visitLeader();
-  bool visitRest();
+  std::vector<std::size_t> frontsFor(const Lineup& lineup) const;
+  bool tryLineup(const Lineup& lineup);
+  std::optional<std::vector<std::size_t>> open(const Lineup& lineup);
+  std::vector<std::size_t> raise(const std::vector<std::size_t>& fronts, std::size_t first,
+                                 std::size_t count);
+  bool reopen(const Lineup& lineup, const std::vector<std::size_t>& fronts,
+              const std::vector<Fronts::Crowd>& crowds);
+  bool visitSupporters(const Lineup& lineup);
+  void fill();
+  bool finish();
 
   const TrackStatistics& statistics_;
-  const HitsByTrack::Track& leaderHits_;
-  const std::int32_t minimum_;
-  VoteTrial trial_;
-  DecimalString best_;  // of the trial's candidates
+  LeaderTrial trial_;
+  Fronts fronts_;
 };
 
 }  // namespace lirvox

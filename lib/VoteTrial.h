@@ -73,19 +73,24 @@ class VoteTrial {
     return tracks;
   }
 
+  OffsetHistogram::Peak peak() const { return histogram_.peak(); }
   std::int32_t votes(OffsetHistogram::Bin bin) const { return histogram_.votes(bin); }
+  bool isVisited(std::size_t track) const { return isVisited_[track]; }
 
   /// The tracks in the order in which they were visited.
   const std::vector<std::size_t>& order() const { return order_; }
+
+  /// Counts work that was done elsewhere.
+  void spend(std::size_t votes) { workLeft_ -= static_cast<std::int64_t>(votes); }
 
   /// Whether the work that a pass is worth has been done: time to give up.
   bool isExhausted() const { return workLeft_ < 0; }
 
  private:
   static constexpr int kRounds = 4;
-  // In votes added. Far below what the lookup spent on each hit, and 100 times the work
-  // finds no more.
-  static constexpr std::int64_t kWorkPerHit = 8;
+  // In votes looked at. Far below what the lookup spent on each hit, and ten times the work
+  // finds hardly more.
+  static constexpr std::int64_t kWorkPerHit = 12;
   static constexpr std::int64_t kFreeWork = 20000;
 
   const HitsByTrack& hits_;

@@ -42,6 +42,13 @@ std::vector<Votes> noise(int count) {
   return all;
 }
 
+// Tracks with a vote each at one place.
+std::vector<Votes> crowd(int count, std::int32_t offset) {
+  std::vector<Votes> all;
+  for (std::int32_t i = 0; i < count; ++i) all.push_back({100 * offset + i, offset, 1});
+  return all;
+}
+
 // Two votes in the window of the first of the copies.
 const std::vector<Votes> hiderOfFirst = {{999, 100, 2}};
 
@@ -62,6 +69,14 @@ TEST(TrackOrder, MakesTheVoteAnswerRight) {
        0,
        1},
       {"nine hide more and need a front", {{1, 10, 120}, {2, 10, 9}, {3, 500, 12}}, 0, 1},
+      {"the front is padded",
+       std::vector<Votes>{{1, 10, 233}, {2, 10, 7}, {3, 500, 8}} + crowd(2, 500), 0, 1},
+      {"it takes two fronts",
+       std::vector<Votes>{{1, 10, 233}, {2, 10, 7}, {3, 10, 7}, {4, 500, 8}, {5, 600, 8}} +
+           crowd(4, 500) + crowd(12, 600),
+       0, 1},
+      {"more in a crowd than the leader has",
+       std::vector<Votes>{{1, 10, 109}, {2, 500, 7}} + crowd(200, 500), 50102, 1},
       {"a loop heard elsewhere", {{1, 10, 100}, {1, 50, 99}, {2, 50, 4}}, 2, 1},
       {"many tracks share a later place",
        {{1, 10, 130}, {2, 90, 4}, {3, 90, 4}, {4, 90, 124}, {4, 10, 2}},
