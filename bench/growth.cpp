@@ -282,7 +282,7 @@ int main(int argc, char** argv) {
   CLI::App app("How lookup, vote and recognition change as a database grows");
   std::string databasePath;
   std::vector<std::int32_t> sizes = {100, 300, 1000, 3000, 10000};
-  int excerpts = 200;
+  int excerpts = 300;
   Plan plan;
   app.add_option("-d,--database", databasePath, "Database to grow")->required();
   app.add_option("--tracks", sizes, "Numbers of tracks")->delimiter(',');

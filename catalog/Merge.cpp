@@ -21,6 +21,9 @@ constexpr std::uint32_t kHashesPerProgress = 1024;
 // Of the time that a merge takes, what the first reading of the parts takes.
 constexpr double kShareOfCounting = 0.25;
 
+// Each part is read from one end to the other, and there may be hundreds of them.
+constexpr const char* kPartCacheSize = "PRAGMA cache_size = -256";
+
 struct Part {
   std::string path;
   std::shared_ptr<SQLite::Database> database;
@@ -63,6 +66,7 @@ Merge::Merge(const std::vector<std::string>& paths, const MergeOptions& options,
     parts_.push_back({path, openCatalogForReading(path)});
     // What is read again later must be what was read first.
     naming(path, [&] {
+      parts_.back().database->exec(kPartCacheSize);
       parts_.back().database->exec("BEGIN");
       plan_.add(*parts_.back().database, path);
     });
