@@ -88,8 +88,8 @@ class VoteTrial {
 
  private:
   static constexpr int kRounds = 4;
-  // In votes looked at. Far below what the lookup spent on each hit, and ten times the work
-  // finds hardly more.
+  // In votes looked at. Far below what the lookup spent on each hit, and eight times the
+  // work finds no more.
   static constexpr std::int64_t kWorkPerHit = 12;
   static constexpr std::int64_t kFreeWork = 20000;
 
