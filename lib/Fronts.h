@@ -16,17 +16,20 @@ namespace lirvox {
 /// Raises the peak of a trial away from the leader. As long as no bin gets higher, every
 /// later track is counted at the front's place, where little is left.
 ///
-/// A front's own count seldom is a harmless text: a "7" beats "233". So tracks that have
-/// votes at its place go before it, until its count is a "10", or as high a text as does
-/// no harm, for they make the peak higher too.
+/// A front's own count seldom is a harmless text: a "7" beats "233". So it is padded: weak
+/// tracks with votes at its place are visited before it. They are not counted, or counted at
+/// an older peak, and their votes wait at the place until the front comes. Then both are
+/// counted together, as a "10", and together they make a higher peak.
 class Fronts {
  public:
   using Bin = HitsByTrack::Bin;
 
-  /// A place where the tracks behind the leader have more votes together than it has.
+  /// A place where tracks behind the leader would be counted instead of at its own.
   struct Crowd {
     Bin bin;
-    std::int32_t excess;  ///< votes too many
+    /// Votes that must go to let them pass: all of the refused tracks' and one more, as if
+    /// the others had made the place as high as the leader is.
+    std::int32_t excess;
   };
 
   Fronts(const HitsByTrack& hits, const TrackStatistics& statistics, LeaderTrial& trial)
@@ -38,19 +41,20 @@ class Fronts {
 
   /// Raises the peak by `front`, at the place where it has most votes. Says whether it did;
   /// if not, others may have been visited in vain.
-  bool raise(std::size_t front) { return raise(front, statistics_[front].peak.bin); }
+  bool raise(std::size_t front) { return raiseAt(statistics_[front].peak.bin, front); }
 
-  /// The crowds that keep `refused` from following the leader.
+  /// The crowds that keep `refused` from following the leader. Asks the trial as it stands:
+  /// to be called before it is restarted.
   std::vector<Crowd> crowdsOf(const std::vector<std::size_t>& refused);
 
-  /// Raises the peak at a crowded place and visits tracks behind it whose votes there are
-  /// taken at once, until no more than the excess is gone. Says whether it all is.
+  /// Raises the peak at a crowd's place and visits tracks behind it whose votes there are
+  /// taken at once, until the excess is gone. Says whether it is.
   bool clear(const Crowd& crowd);
 
  private:
-  bool raise(std::size_t front, Bin bin);
+  bool raiseAt(Bin bin, std::size_t front);
   bool raiseAt(Bin bin, const std::vector<TracksByBin::Voter>& voters);
-  bool pad(std::size_t front, Bin bin);
+  void pad(Bin bin, std::size_t front);
   std::vector<TracksByBin::Voter> votersApart(Bin bin);
 
   const HitsByTrack& hits_;

@@ -90,6 +90,7 @@ bool LeaderPlans::tryLineup(const Lineup& lineup) {
   if (trial_.visitLeader()) {
     const std::vector<std::size_t> refused = trial_.visitRest();
     if (refused.empty()) return true;
+    if (trial_.isExhausted()) return false;
     const std::vector<Fronts::Crowd> crowds = fronts_.crowdsOf(refused);
     if (!crowds.empty() && reopen(lineup, *opening, crowds) && finish()) return true;
   }
@@ -106,15 +107,15 @@ std::optional<std::vector<std::size_t>> LeaderPlans::open(const Lineup& lineup) 
     const std::size_t tried = count == 0 ? 1 : std::min(kFirst[count], fronts.size());
     for (std::size_t first = 0; first < tried && !trial_.isExhausted(); ++first) {
       trial_.restart(lineup.count);
-      const std::vector<std::size_t> raised = raise(fronts, first, count);
+      const std::vector<std::size_t> raised = raiseFrom(fronts, first, count);
       if (raised.size() == count && visitSupporters(lineup)) return raised;
     }
   }
   return std::nullopt;
 }
 
-std::vector<std::size_t> LeaderPlans::raise(const std::vector<std::size_t>& fronts,
-                                            std::size_t first, std::size_t count) {
+std::vector<std::size_t> LeaderPlans::raiseFrom(const std::vector<std::size_t>& fronts,
+                                                std::size_t first, std::size_t count) {
   std::vector<std::size_t> raised;
   if (count == 0 || !fronts_.raise(fronts[first])) return raised;
   raised.push_back(fronts[first]);
@@ -127,11 +128,13 @@ std::vector<std::size_t> LeaderPlans::raise(const std::vector<std::size_t>& fron
 bool LeaderPlans::reopen(const Lineup& lineup, const std::vector<std::size_t>& fronts,
                          const std::vector<Fronts::Crowd>& crowds) {
   trial_.restart(lineup.count);
-  return std::all_of(crowds.begin(), crowds.end(),
-                     [&](const Fronts::Crowd& crowd) { return fronts_.clear(crowd); }) &&
-         std::all_of(fronts.begin(), fronts.end(),
-                     [&](std::size_t front) { return fronts_.raise(front); }) &&
-         visitSupporters(lineup);
+  for (const Fronts::Crowd& crowd : crowds) {
+    if (!fronts_.clear(crowd)) return false;
+  }
+  for (const std::size_t front : fronts) {
+    if (!fronts_.raise(front)) return false;
+  }
+  return visitSupporters(lineup);
 }
 
 bool LeaderPlans::visitSupporters(const Lineup& lineup) {

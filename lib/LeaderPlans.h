@@ -55,8 +55,8 @@ class LeaderPlans {
   std::vector<std::size_t> frontsFor(const Lineup& lineup) const;
   bool tryLineup(const Lineup& lineup);
   std::optional<std::vector<std::size_t>> open(const Lineup& lineup);
-  std::vector<std::size_t> raise(const std::vector<std::size_t>& fronts, std::size_t first,
-                                 std::size_t count);
+  std::vector<std::size_t> raiseFrom(const std::vector<std::size_t>& fronts, std::size_t first,
+                                     std::size_t count);
   bool reopen(const Lineup& lineup, const std::vector<std::size_t>& fronts,
               const std::vector<Fronts::Crowd>& crowds);
   bool visitSupporters(const Lineup& lineup);

@@ -20,7 +20,8 @@ class LeaderTrial {
  public:
   using Bin = HitsByTrack::Bin;
 
-  /// What a visit must do with the peak.
+  /// What a visit may do with the peak: whatever it likes; nothing, as long as there is one
+  /// that makes candidates; it must raise it.
   enum class Peak { any, kept, raised };
 
   LeaderTrial(const HitsByTrack& hits, const TrackStatistics& statistics, std::int32_t minimum);
@@ -32,13 +33,14 @@ class LeaderTrial {
   /// Visits a track before the leader unless it was visited already or does harm: it must
   /// leave the leader its votes, a peak to raise, and a count that wins. Says whether it did.
   bool visitBefore(std::size_t track, Peak peak);
-  /// As many as possible of `tracks`; returns those that are refused.
+  /// As many as possible of `tracks`; returns the others.
   std::vector<std::size_t> visitBefore(std::vector<std::size_t> tracks);
 
   /// Says whether the leader gets a count that wins so far and exceeds the minimum.
   bool visitLeader();
 
-  /// Visits all other tracks behind the leader; returns those that would win instead.
+  /// Visits all other tracks behind the leader; returns those that would win instead, or that
+  /// there was no work left for.
   std::vector<std::size_t> visitRest();
   /// Where a refused track would be counted.
   Bin placeOf(std::size_t refused);
@@ -46,6 +48,7 @@ class LeaderTrial {
   OffsetHistogram::Peak peak() const { return trial_.peak(); }
   /// Votes in the window whose last bin is `peak`, of all tracks visited and not yet taken.
   std::int32_t windowVotes(Bin peak) const;
+  bool isVisited(std::size_t track) const { return trial_.isVisited(track); }
   const std::vector<std::size_t>& order() const { return trial_.order(); }
 
   /// Counts work that was done elsewhere, in votes looked at.

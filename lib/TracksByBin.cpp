@@ -9,7 +9,7 @@
 namespace lirvox {
 namespace {
 
-constexpr std::uint32_t kMostVotes = 4096;  // of a bin
+constexpr std::uint32_t kMostVotes = 512;  // of a bin; more than any search has use for
 
 }  // namespace
 
@@ -30,15 +30,15 @@ TracksByBin::TracksByBin(const HitsByTrack& hits)
 }
 
 std::vector<TracksByBin::Voter> TracksByBin::voters(Bin peak) const {
-  std::vector<Voter> votes;
+  std::vector<Voter> single;  // one for each vote
   for (Bin bin = OffsetHistogram::windowStart(peak); bin <= peak; ++bin) {
     const std::uint32_t end = std::min(ends_[bin + 1], ends_[bin] + kMostVotes);
-    for (std::uint32_t i = ends_[bin]; i < end; ++i) votes.push_back({tracks_[i], bin == peak, 1});
+    for (std::uint32_t i = ends_[bin]; i < end; ++i) single.push_back({tracks_[i], bin == peak, 1});
   }
-  std::sort(votes.begin(), votes.end(),
+  std::sort(single.begin(), single.end(),
             [](const Voter& a, const Voter& b) { return a.track < b.track; });
   std::vector<Voter> voters;
-  for (const Voter& vote : votes) {
+  for (const Voter& vote : single) {
     if (voters.empty() || voters.back().track != vote.track) {
       voters.push_back(vote);
     } else {

@@ -24,7 +24,7 @@ class TracksByBin {
   explicit TracksByBin(const HitsByTrack& hits);
 
   /// The tracks with votes in the window whose last bin is `peak`, in the order of
-  /// `HitsByTrack::tracks()`. Of bins with thousands of votes the first thousands.
+  /// `HitsByTrack::tracks()`. Of each bin the first 512 votes are looked at.
   std::vector<Voter> voters(Bin peak) const;
 
  private:

@@ -58,7 +58,7 @@ class VoteTrial {
   }
 
   /// Visits `tracks`, passing over those visited already; a refused one gets another
-  /// chance after the others. Returns the ones that are still refused in the end.
+  /// chance after the others. Returns the ones that are not visited in the end.
   template <class Accept>
   std::vector<std::size_t> visitAll(std::vector<std::size_t> tracks, Accept accept) {
     for (int round = 0; round < kRounds && !tracks.empty() && !isExhausted(); ++round) {
@@ -70,6 +70,7 @@ class VoteTrial {
       tracks = std::move(refused);
       if (isStuck) break;
     }
+    std::erase_if(tracks, [&](std::size_t track) { return isVisited_[track]; });
     return tracks;
   }
 
