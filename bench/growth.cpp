@@ -6,7 +6,8 @@
 // Takes the tracks of a database that `lirvox index` made, grows them to N tracks by copies whose
 // frequencies and times are moved, and looks excerpts of the original files up, clean and in white
 // noise 10 dB below the music: in the whole database, and with the rows of the excerpt's own track
-// left out, when every answer is false. Prints one line of tab-separated figures for each N.
+// left out, when every answer is false. Prints one line of tab-separated figures for each N,
+// which must not be below the number of tracks in the database.
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -250,7 +251,8 @@ struct Plan {
 
 void run(std::int32_t tracks, const std::vector<BaseTrack>& base, const Trial& trial,
          const Plan& plan) {
-  const std::string path = fs::temp_directory_path() / "lirvox-growth.sqlite";
+  const std::string path =
+      fs::temp_directory_path() / ("lirvox-growth-" + std::to_string(::getpid()) + ".sqlite");
   std::mt19937 random(plan.seed);
   std::vector<std::uint64_t> rows = grow(base, tracks, random);
   leaveOutCommonHashes(rows);
@@ -294,6 +296,12 @@ int main(int argc, char** argv) {
   CLI11_PARSE(app, argc, argv);
 
   const std::vector<BaseTrack> base = readBase(databasePath);
+  const auto fewest = std::min_element(sizes.begin(), sizes.end());
+  if (base.empty() || fewest == sizes.end() || *fewest < static_cast<std::int32_t>(base.size())) {
+    std::fprintf(stderr, "%s has %zu tracks; it can only grow from one or more\n",
+                 databasePath.c_str(), base.size());
+    return 2;
+  }
   std::mt19937 random(plan.seed);
   const Trial trial = cut(base, excerpts, random);
   std::printf(

@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
 """Measures `lirvox index`: bench/indexing.py LIRVOX MUSIC... [--hours 1,10] [--repeat N]
+[--shifts 8,4,1]
 
-Processor time against fpcalc over the same files in the same run, the gain of a second
-worker, and tab-separated the costs of longer and longer recordings. Needs ffmpeg and fpcalc
+Processor time against fpcalc over the same files in the same run, with each number of
+alignments; the gain of a second worker; and tab-separated the costs of longer and longer recordings. Needs ffmpeg and fpcalc
 (package libchromaprint-tools). Of several repetitions the fastest counts: what other
 programs on the machine add to a time is never negative.
 """
@@ -37,9 +38,10 @@ def checked(command):
     return run
 
 
-def index(lirvox, jobs, paths):
+def index(lirvox, paths, jobs=1, shifts=8):
     with tempfile.TemporaryDirectory() as folder:
-        return checked([lirvox, "index", "-j", jobs, "-d", folder + "/music.sqlite", *paths])
+        return checked([lirvox, "index", "-j", jobs, "--shifts", shifts,
+                        "-d", folder + "/music.sqlite", *paths])
 
 
 def fastest(runs, key):
@@ -52,18 +54,20 @@ def sound_files(folders):
     return [str(p) for p in files if p.suffix.lower() in kinds]
 
 
-def compare(lirvox, files, repeat):
-    ours, two, theirs = [], [], []
+def compare(lirvox, files, repeat, numbers_of_shifts):
+    ours, two, theirs = {shifts: [] for shifts in numbers_of_shifts}, [], []
     for _ in range(repeat):
         theirs.append(sum(Run(["fpcalc", "-length", "0", "-raw", f]).cpu for f in files))
-        ours.append(index(lirvox, 1, files))
-        two.append(index(lirvox, 2, files))
-    cpu = fastest(ours, "cpu")
-    print(f"{len(files)} files            lirvox index {cpu:8.2f} s   fpcalc {min(theirs):8.2f} s   "
-          f"ratio {cpu / min(theirs):5.2f}   (to reach: 1.0)")
-    one, both = fastest(ours, "wall"), fastest(two, "wall")
-    print(f"on the wall         -j 1 {one:8.2f} s   -j 2 {both:8.2f} s   "
-          f"ratio {one / both:5.2f}   (to reach: 1.8)")
+        for shifts, runs in ours.items():
+            runs.append(index(lirvox, files, shifts=shifts))
+        two.append(index(lirvox, files, jobs=2, shifts=numbers_of_shifts[0]))
+    for shifts, runs in ours.items():
+        cpu = fastest(runs, "cpu")
+        print(f"{len(files)} files, {shifts} alignments   lirvox index {cpu:8.2f} s   "
+              f"fpcalc {min(theirs):8.2f} s   ratio {cpu / min(theirs):5.2f}   (to reach: 1.0)")
+    one, both = fastest(ours[numbers_of_shifts[0]], "wall"), fastest(two, "wall")
+    print(f"on the wall              -j 1         {one:8.2f} s   "
+          f"-j 2   {both:8.2f} s   ratio {one / both:5.2f}   (to reach: 1.8)")
 
 
 def grow(lirvox, files, hours):
@@ -75,7 +79,7 @@ def grow(lirvox, files, hours):
             subprocess.run(
                 ["ffmpeg", "-y", "-v", "quiet", "-stream_loop", "-1", "-i", files[0], "-t",
                  str(length * 3600), "-ac", "1", "-ar", "11025", recording], check=True)
-            indexed = index(lirvox, 1, [recording])
+            indexed = index(lirvox, [recording])
             scanned = checked([lirvox, "scan", "-d", music, recording])
             print(f"{length:g}\t{indexed.cpu:.1f}\t{indexed.megabytes:.1f}\t"
                   f"{scanned.cpu:.1f}\t{scanned.megabytes:.1f}", flush=True)
@@ -87,10 +91,12 @@ def main():
     arguments.add_argument("music", nargs="+")
     arguments.add_argument("--hours", default="1,2.5,5,10")
     arguments.add_argument("--repeat", type=int, default=3)
+    arguments.add_argument("--shifts", default="8,1")
     options = arguments.parse_args()
     files = sound_files(options.music)
     if options.repeat > 0:
-        compare(options.lirvox, files, options.repeat)
+        compare(options.lirvox, files, options.repeat,
+                [int(n) for n in options.shifts.split(",")])
     if options.hours:
         grow(options.lirvox, files, [float(h) for h in options.hours.split(",")])
 

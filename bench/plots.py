@@ -65,11 +65,16 @@ def draw_growth(figures, output):
 
 
 def draw_growing(figures, output):
-    figure, (left, right) = plt.subplots(1, 2, figsize=(11, 4))
+    hours = "hours of sound in the database"
+    figure, (left, middle, right) = plt.subplots(1, 3, figsize=(15, 4))
     panel(left, figures, "hours", {"add s": "adding ten tracks", "merge s": "merging all"},
-          "Processor time", "hours of sound in the database", "seconds", log_y=True)
-    panel(right, figures, "hours", {"add MB written": "adding ten tracks", "MB": "whole database"},
-          "Written", "hours of sound in the database", "megabytes", log_y=True)
+          "Processor time", hours, "seconds", log_y=True)
+    panel(middle, figures, "hours",
+          {"add MB written": "adding ten tracks", "MB": "whole database"},
+          "Written", hours, "megabytes", log_y=True)
+    panel(right, figures, "hours",
+          {"add MB memory": "adding ten tracks", "merge MB memory": "merging all"},
+          "Peak memory", hours, "megabytes")
     save(figure, output / "indexing.svg")
 
 
