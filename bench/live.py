@@ -1,10 +1,9 @@
 #!/usr/bin/env python3
-"""Measures live captures of 5 s: bench/live.py LIRVOX HOST MUSIC... [--captures N]
+"""Measures live captures of 5 s: bench/live.py LIRVOX LIVE_CAPTURE MUSIC... [--captures N]
 
-Indexes and installs the music, plays it into a sound server of its own (pulseaudio, a null
-sink) and runs HOST, the program of the README, which hears the sink's monitor for one capture:
-processor time of the whole process, start included, and how often one of its threads woke up.
-Of several captures the cheapest counts.
+Indexes the music, plays it into a sound server of its own (pulseaudio, a null sink) and lets
+lirvox_live_capture hear the sink's monitor: processor time of its whole process, and how often
+one of its threads woke up. Of several captures the cheapest counts.
 """
 import argparse
 import os
@@ -13,9 +12,6 @@ import tempfile
 import time
 
 from indexing import checked, sound_files
-
-SECONDS = 5.0
-
 
 def sound_server(environment):
     server = subprocess.Popen(
@@ -33,21 +29,10 @@ def sound_server(environment):
     raise SystemExit("the sound server does not start")
 
 
-def capture(host, environment):
-    """Milliseconds of processor time and wake-ups of one recognition."""
-    process = subprocess.Popen([host], env=environment, stdout=subprocess.PIPE)
-    answer = process.stdout.read().decode()
-    _, status, usage = os.wait4(process.pid, 0)
-    process.returncode = status
-    if status != 0:
-        raise SystemExit(f"{host}: {answer or status}")
-    return (usage.ru_utime + usage.ru_stime) * 1000, usage.ru_nvcsw, answer.startswith("track")
-
-
 def main():
     arguments = argparse.ArgumentParser()
     arguments.add_argument("lirvox")
-    arguments.add_argument("host")
+    arguments.add_argument("live_capture")
     arguments.add_argument("music", nargs="+")
     arguments.add_argument("--captures", type=int, default=5)
     options = arguments.parse_args()
@@ -65,15 +50,19 @@ def main():
         player = subprocess.Popen(["paplay", "--device=music", wave], env=environment)
         try:
             time.sleep(1)
-            captures = [capture(options.host, environment) for _ in range(options.captures)]
+            lines = subprocess.run([options.live_capture, str(options.captures)],
+                                   env=environment, check=True, stdout=subprocess.PIPE,
+                                   timeout=60 + 10 * options.captures)
         finally:
             player.kill()
             server.kill()
-    if not any(recognized for _, _, recognized in captures):
-        raise SystemExit(f"{options.host} recognised nothing")
-    milliseconds, wakeups = min(c[0] for c in captures), min(c[1] for c in captures) / SECONDS
-    print(f"live capture of 5 s   processor {milliseconds:6.1f} ms          (to reach: 30)")
-    print(f"                      wake-ups  {wakeups:6.1f} a second   (to reach: 30)")
+    captures = [tuple(map(float, line.split())) for line in lines.stdout.splitlines()]
+    if not any(track for _, _, track in captures):
+        raise SystemExit("nothing was recognised")
+    print(f"live capture of 5 s   processor {min(c[0] for c in captures):6.1f} ms   "
+          "        (to reach: 30)")
+    print(f"                      wake-ups  {min(c[1] for c in captures):6.1f} a second   "
+          "(to reach: 30)")
 
 
 if __name__ == "__main__":
