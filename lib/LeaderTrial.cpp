@@ -43,7 +43,7 @@ bool LeaderTrial::visitBefore(std::size_t track, Peak peak) {
   const std::int32_t height = trial_.peak().height;
   const auto keepsRule = [&](const VoteTrial::Visit& visit) {
     if (peak == Peak::kept) return !visit.isCandidate || visit.peak.height == height;
-    return peak == Peak::any || (visit.isCandidate && visit.peak.height > height);
+    return visit.isCandidate && visit.peak.height > height;
   };
   return !trial_.isVisited(track) && trial_.visit(track, [&](const VoteTrial::Visit& visit) {
     return keepsRule(visit) && acceptBefore(visit);

@@ -20,9 +20,8 @@ class LeaderTrial {
  public:
   using Bin = HitsByTrack::Bin;
 
-  /// What a visit may do with the peak: whatever it likes; nothing, as long as there is one
-  /// that makes candidates; it must raise it.
-  enum class Peak { any, kept, raised };
+  /// What a visit must do with the peak. It is kept, too, while it is too low for candidates.
+  enum class Peak { kept, raised };
 
   LeaderTrial(const HitsByTrack& hits, const TrackStatistics& statistics, std::int32_t minimum);
 

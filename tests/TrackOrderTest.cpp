@@ -90,6 +90,8 @@ TEST(TrackOrder, MakesTheVoteAnswerRight) {
     const HitsByTrack hits(passOf(votes));
     EXPECT_EQ(answer(hits, firstHitFirst(hits)), firstHitAnswer) << what;
     EXPECT_EQ(answer(hits, chooseTrackOrder(hits, kMinimum).tracks), chosenAnswer) << what;
+    const HitsByTrack turned(passOf({votes.rbegin(), votes.rend()}));
+    EXPECT_EQ(answer(turned, chooseTrackOrder(turned, kMinimum).tracks), chosenAnswer) << what;
   }
 }
 
