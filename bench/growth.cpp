@@ -296,10 +296,14 @@ int main(int argc, char** argv) {
   CLI11_PARSE(app, argc, argv);
 
   const std::vector<BaseTrack> base = readBase(databasePath);
-  const auto fewest = std::min_element(sizes.begin(), sizes.end());
-  if (base.empty() || fewest == sizes.end() || *fewest < static_cast<std::int32_t>(base.size())) {
-    std::fprintf(stderr, "%s has %zu tracks; it can only grow from one or more\n",
-                 databasePath.c_str(), base.size());
+  if (base.empty()) {
+    std::fprintf(stderr, "%s has no tracks\n", databasePath.c_str());
+    return 2;
+  }
+  for (const std::int32_t size : sizes) {
+    if (size >= static_cast<std::int32_t>(base.size())) continue;
+    std::fprintf(stderr, "%s has %zu tracks, which do not grow to %d\n", databasePath.c_str(),
+                 base.size(), size);
     return 2;
   }
   std::mt19937 random(plan.seed);
