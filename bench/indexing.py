@@ -3,7 +3,8 @@
 [--shifts 8,4,1]
 
 Processor time against fpcalc over the same files in the same run, with each number of
-alignments; the gain of a second worker; and tab-separated the costs of longer and longer recordings. Needs ffmpeg and fpcalc
+alignments; the gain of a second worker; and tab-separated the costs of longer and longer
+recordings. Needs ffmpeg and fpcalc
 (package libchromaprint-tools). Of several repetitions the fastest counts: what other
 programs on the machine add to a time is never negative.
 """

@@ -13,6 +13,7 @@ import time
 
 from indexing import checked, sound_files
 
+
 def sound_server(environment):
     server = subprocess.Popen(
         ["pulseaudio", "-n", "--daemonize=no", "--use-pid-file=no", "--exit-idle-time=-1",
