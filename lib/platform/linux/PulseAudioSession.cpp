@@ -60,7 +60,7 @@ std::optional<PulseSource> PulseAudioSession::currentSource() {
   const auto server = connection(error);
   if (!server) return std::nullopt;
   const std::string preferred = preferredSource();
-  return pulseSource(*server, preferred.empty() ? pulseDefaultSourceName(*server) : preferred);
+  return pulseSource(*server, preferred.empty() ? pulseDefaultSource : preferred);
 }
 
 AudioSessionRoute PulseAudioSession::currentRoute() {
@@ -94,12 +94,14 @@ bool PulseAudioSession::setPreferredInput(const std::optional<AudioSessionPort>&
     wanted = port->uniqueIdentifier;
     const auto server = connection(error);
     if (!server) return false;
-    if (!pulseSource(*server, wanted)) {
+    const auto byDefault = pulseSource(*server, pulseDefaultSource);
+    const bool isDefault = byDefault && byDefault->port.uniqueIdentifier == wanted;
+    if (!isDefault && !pulseSource(*server, wanted)) {
       error = failure("No such source");
       return false;
     }
     // Whoever asks for the default source is to follow it when it changes.
-    if (wanted != preferredSource() && wanted == pulseDefaultSourceName(*server)) wanted.clear();
+    if (isDefault && wanted != preferredSource()) wanted.clear();
   }
   {
     const MutexLock lock(mutex_);

@@ -65,17 +65,6 @@ std::optional<PulseSource> pulseSource(PulseConnection& connection, const std::s
   return sources.front();
 }
 
-std::string pulseDefaultSourceName(PulseConnection& connection) {
-  std::string name;
-  const auto remember = [](pa_context*, const pa_server_info* info, void* target) {
-    auto& found = *static_cast<std::string*>(target);
-    if (info) runLogged([&] { found = textOf(info->default_source_name); });
-  };
-  connection.ask(
-      [&](pa_context* context) { return pa_context_get_server_info(context, remember, &name); });
-  return name;
-}
-
 bool setPulseDataSource(PulseConnection& connection, const std::string& source,
                         const std::string& dataSource) {
   bool accepted = false;

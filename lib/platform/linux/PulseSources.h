@@ -18,10 +18,12 @@ struct PulseSource {
   AudioStreamBasicDescription format;
 };
 
+/// The server's name for whichever source is its default.
+constexpr const char* pulseDefaultSource = "@DEFAULT_SOURCE@";
+
 /// Each asks the server and waits; without an answer, nothing.
 std::vector<PulseSource> pulseSources(PulseConnection& connection);
 std::optional<PulseSource> pulseSource(PulseConnection& connection, const std::string& name);
-std::string pulseDefaultSourceName(PulseConnection& connection);
 
 /// Makes `dataSource` the active port of the source; false when the server refuses.
 bool setPulseDataSource(PulseConnection& connection, const std::string& source,
