@@ -3,12 +3,13 @@
 //   lirvox_host_memory
 //
 // Recognises five seconds of track 1 of the generated database (LIRVOX_BENCH_ROWS) a few
-// times, and prints the resident memory before, at the highest, and after.
+// times, and prints what that adds to the resident memory, as lines for bench/figures.py.
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <future>
+#include <iomanip>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -79,10 +80,13 @@ int main() {
   for (int i = 1; i < kRecognitions; ++i) recognize(*lirvox);
   const long after = statusInKilobytes("VmRSS:");
   const long highest = statusInKilobytes("VmHWM:");
-  std::cout << "database "
-            << std::filesystem::file_size(bench::GeneratedDatabase::shared().path()) / 1'000'000
-            << " MB, " << (isRecognized ? "recognised" : "not recognised") << ", resident before "
-            << before << " kB, at the highest +" << highest - before << " kB, after +"
-            << after - before << " kB\n";
-  return EXIT_SUCCESS;
+  const auto megabytes =
+      std::filesystem::file_size(bench::GeneratedDatabase::shared().path()) / 1'000'000;
+  if (!isRecognized) std::cerr << "not recognised\n";
+  std::cout << std::fixed << std::setprecision(1) << "memory of a host, database " << megabytes
+            << " MB\t+" << static_cast<double>(after - before) / 1000 << " MB\tbefore\t"
+            << static_cast<double>(before) / 1000 << " MB\t\t+12 MB at 700 MB\n"
+            << "the same, at the highest\t+" << static_cast<double>(highest - before) / 1000
+            << " MB\n";
+  return isRecognized ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -3,10 +3,10 @@
 [--shifts 8,4,1]
 
 Processor time against fpcalc over the same files in the same run, with each number of
-alignments; the gain of a second worker; and tab-separated the costs of longer and longer
-recordings. Needs ffmpeg and fpcalc
-(package libchromaprint-tools). Of several repetitions the fastest counts: what other
-programs on the machine add to a time is never negative.
+alignments, and the gain of a second worker, as lines for bench/figures.py; and tab-separated
+the costs of longer and longer recordings. Needs ffmpeg and fpcalc (package
+libchromaprint-tools). Of several repetitions the fastest counts: what other programs on the
+machine add to a time is never negative.
 """
 import argparse
 import os
@@ -14,6 +14,8 @@ import pathlib
 import subprocess
 import tempfile
 import time
+
+from figures import figure
 
 
 class Run:
@@ -64,11 +66,11 @@ def compare(lirvox, files, repeat, numbers_of_shifts):
         two.append(index(lirvox, files, jobs=2, shifts=numbers_of_shifts[0]))
     for shifts, runs in ours.items():
         cpu = fastest(runs, "cpu")
-        print(f"{len(files)} files, {shifts} alignments   lirvox index {cpu:8.2f} s   "
-              f"fpcalc {min(theirs):8.2f} s   ratio {cpu / min(theirs):5.2f}   (to reach: 1.0)")
+        figure(f"index, {len(files)} files, {shifts} alignments", f"{cpu:.2f} s", "fpcalc",
+               f"{min(theirs):.2f} s", cpu / min(theirs), "1.0")
     one, both = fastest(ours[numbers_of_shifts[0]], "wall"), fastest(two, "wall")
-    print(f"on the wall              -j 1         {one:8.2f} s   "
-          f"-j 2   {both:8.2f} s   ratio {one / both:5.2f}   (to reach: 1.8)")
+    figure("index -j 1, on the wall", f"{one:.2f} s", "-j 2", f"{both:.2f} s", one / both,
+           "at least 1.8")
 
 
 def grow(lirvox, files, hours):

@@ -3,7 +3,8 @@
 
 Indexes the music, plays it into a sound server of its own (pulseaudio, a null sink) and lets
 lirvox_live_capture hear the sink's monitor: processor time of its whole process, and how often
-one of its threads woke up. Of several captures the cheapest counts.
+one of its threads woke up, as lines for bench/figures.py. Of several captures the cheapest
+counts.
 """
 import argparse
 import os
@@ -11,6 +12,7 @@ import subprocess
 import tempfile
 import time
 
+from figures import figure
 from indexing import checked, sound_files
 
 
@@ -60,10 +62,8 @@ def main():
     captures = [tuple(map(float, line.split())) for line in lines.stdout.splitlines()]
     if not any(track for _, _, track in captures):
         raise SystemExit("nothing was recognised")
-    print(f"live capture of 5 s   processor {min(c[0] for c in captures):6.1f} ms   "
-          "        (to reach: 30)")
-    print(f"                      wake-ups  {min(c[1] for c in captures):6.1f} a second   "
-          "(to reach: 30)")
+    figure("live capture, processor", f"{min(c[0] for c in captures):.1f} ms", reach="30 ms")
+    figure("live capture, wake-ups", f"{min(c[1] for c in captures):.1f} /s", reach="30 /s")
 
 
 if __name__ == "__main__":

@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Prints the figures of a benchmark run (Google Benchmark's JSON on standard input) as a table.
+"""Prints the figures of a benchmark run (Google Benchmark's JSON on standard input), each as a
+line for bench/figures.py.
 
 Of each benchmark the fastest repetition counts: what other programs on the machine add to a
 time is never negative. Times are CPU time, but where somebody waits: there they are what a
@@ -7,6 +8,8 @@ clock shows.
 """
 import json
 import sys
+
+from figures import figure
 
 MICROSECONDS = {"ns": 1e-3, "us": 1.0, "ms": 1e3}
 
@@ -25,6 +28,13 @@ RATIOS = [
     ("logarithmsSleef", "logarithmsLibm", None),
 ]
 
+# Times to reach.
+DURATIONS = {"captureEnd": "10 ms"}
+
+
+def duration(microseconds):
+    return f"{microseconds / 1e3:.2f} ms" if microseconds >= 1e3 else f"{microseconds:.2f} us"
+
 
 def main():
     fastest = {}
@@ -38,21 +48,20 @@ def main():
         fastest[name] = min(time, fastest.get(name, time))
         counters[name] = {key: run[key] for key in ("rows", "seconds") if key in run}
 
-    print(f"{'benchmark':<22}{'time':>14}")
-    for name in sorted(fastest):
-        print(f"{name:<22}{fastest[name]:>11.2f} us")
-    print()
+    compared = set()
     for name, floor, limit in RATIOS:
         if name in fastest and floor in fastest:
-            ratio = fastest[name] / fastest[floor]
-            wanted = f"   (to reach: {limit})" if limit else ""
-            print(f"{name:<22}{ratio:>8.2f} x {floor}{wanted}")
+            compared |= {name, floor}
+            figure(name, duration(fastest[name]), floor, duration(fastest[floor]),
+                   fastest[name] / fastest[floor], limit or "")
+    for name in sorted(fastest.keys() - compared):
+        figure(name, duration(fastest[name]), reach=DURATIONS.get(name, ""))
     for name, values in counters.items():
         if "seconds" in values:
             speed = values["seconds"] * 1e6 / fastest[name]
-            print(f"{name:<22}{speed:>8.0f} x real time")
+            figure(name, f"{speed:.0f} x real time")
         if "rows" in values:
-            print(f"{name:<22}{values['rows']:>8.0f} rows")
+            figure(name, f"{values['rows']:.0f} rows")
 
 
 if __name__ == "__main__":
