@@ -115,11 +115,14 @@ GeneratedDatabase::GeneratedDatabase() : query_(captureOfTrackOne()) {
   fs::rename(unfinished, path_);
 }
 
-std::string GeneratedDatabase::statement() const {
+std::string GeneratedDatabase::statement(Order order) const {
   std::set<std::pair<std::int32_t, std::int32_t>> pairs;
   for (const QueryHash& query : query_) pairs.emplace(query.hash, query.time);
+  std::vector<std::int32_t> hashes;
+  for (const auto& [hash, time] : pairs) hashes.push_back(hash);
+  if (order == Order::shuffled) std::shuffle(hashes.begin(), hashes.end(), std::mt19937(1));
   std::string list;
-  for (const auto& [hash, time] : pairs) {
+  for (const std::int32_t hash : hashes) {
     if (!list.empty()) list += ',';
     list += std::to_string(hash);
   }

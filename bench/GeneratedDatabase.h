@@ -22,8 +22,9 @@ class GeneratedDatabase {
   const std::string& path() const { return path_; }
   /// The hashes of a 5 s capture, four shifts, out of the middle of track 1.
   const std::vector<QueryHash>& query() const { return query_; }
-  /// The statement that looks them up, each distinct pair once, in ascending order.
-  std::string statement() const;
+  enum class Order { ascending, shuffled };
+  /// The statement that looks them up, each distinct pair once.
+  std::string statement(Order order) const;
 
  private:
   GeneratedDatabase();

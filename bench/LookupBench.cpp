@@ -42,7 +42,7 @@ void hitsAndVote(benchmark::State& state) {
 BENCHMARK(hitsAndVote)->Unit(benchmark::kMicrosecond);
 
 // Opens the file, prepares, steps through all rows reading their columns, and closes it.
-std::int64_t stepThrough(const std::string& path, const std::string& sql) {
+std::int64_t sumOfRows(const std::string& path, const std::string& sql) {
   sqlite3* file = nullptr;
   sqlite3_stmt* statement = nullptr;
   std::int64_t sum = 0;
@@ -57,14 +57,23 @@ std::int64_t stepThrough(const std::string& path, const std::string& sql) {
   return sum;
 }
 
-void bareSqlite(benchmark::State& state) {
+void stepThrough(benchmark::State& state, GeneratedDatabase::Order order) {
   const GeneratedDatabase& generated = GeneratedDatabase::shared();
-  const std::string sql = generated.statement();
+  const std::string sql = generated.statement(order);
   for ([[maybe_unused]] auto _ : state) {
-    benchmark::DoNotOptimize(stepThrough(generated.path(), sql));
+    benchmark::DoNotOptimize(sumOfRows(generated.path(), sql));
   }
 }
+
+void bareSqlite(benchmark::State& state) {
+  stepThrough(state, GeneratedDatabase::Order::ascending);
+}
 BENCHMARK(bareSqlite)->Unit(benchmark::kMicrosecond);
+
+void bareSqliteShuffled(benchmark::State& state) {
+  stepThrough(state, GeneratedDatabase::Order::shuffled);
+}
+BENCHMARK(bareSqliteShuffled)->Unit(benchmark::kMicrosecond);
 
 }  // namespace
 }  // namespace lirvox::bench

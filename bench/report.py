@@ -20,6 +20,7 @@ RATIOS = [
     ("extraction", "plainFrames", None),
     ("trackOneShift", "trackChromaprint", 1.57),
     ("lookup", "bareSqlite", 1.15),
+    ("bareSqliteShuffled", "bareSqlite", None),
     ("hitsAndVote", "lookup", 0.25),
     ("transformOurs", "transformKissFft", None),
     ("transformOfPairOurs", "transformOurs", None),
