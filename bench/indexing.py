@@ -1,12 +1,10 @@
 #!/usr/bin/env python3
-"""Measures `lirvox index`: bench/indexing.py LIRVOX MUSIC... [--hours 1,10] [--repeat N]
-[--shifts 8,4,1]
+"""Measures `lirvox index`: bench/indexing.py LIRVOX MUSIC... [--repeat N] [--shifts 8,4,1]
 
 Processor time against fpcalc over the same files in the same run, with each number of
-alignments, and the gain of a second worker, as lines for bench/figures.py; and tab-separated
-the costs of longer and longer recordings. Needs ffmpeg and fpcalc (package
-libchromaprint-tools). Of several repetitions the fastest counts: what other programs on the
-machine add to a time is never negative.
+alignments, and the gain of a second worker, as lines for bench/figures.py. Needs fpcalc
+(package libchromaprint-tools). Of several repetitions the fastest counts: what other programs
+on the machine add to a time is never negative.
 """
 import argparse
 import os
@@ -73,35 +71,15 @@ def compare(lirvox, files, repeat, numbers_of_shifts):
            "at least 1.8")
 
 
-def grow(lirvox, files, hours):
-    print("hours\tindex s\tindex MB\tscan s\tscan MB", flush=True)
-    with tempfile.TemporaryDirectory(dir="/var/tmp") as folder:
-        music, recording = folder + "/music.sqlite", folder + "/recording.wav"
-        checked([lirvox, "index", "-d", music, *files])
-        for length in hours:
-            subprocess.run(
-                ["ffmpeg", "-y", "-v", "quiet", "-stream_loop", "-1", "-i", files[0], "-t",
-                 str(length * 3600), "-ac", "1", "-ar", "11025", recording], check=True)
-            indexed = index(lirvox, [recording])
-            scanned = checked([lirvox, "scan", "-d", music, recording])
-            print(f"{length:g}\t{indexed.cpu:.1f}\t{indexed.megabytes:.1f}\t"
-                  f"{scanned.cpu:.1f}\t{scanned.megabytes:.1f}", flush=True)
-
-
 def main():
     arguments = argparse.ArgumentParser()
     arguments.add_argument("lirvox")
     arguments.add_argument("music", nargs="+")
-    arguments.add_argument("--hours", default="1,2.5,5,10")
     arguments.add_argument("--repeat", type=int, default=3)
     arguments.add_argument("--shifts", default="8,1")
     options = arguments.parse_args()
     files = sound_files(options.music)
-    if options.repeat > 0:
-        compare(options.lirvox, files, options.repeat,
-                [int(n) for n in options.shifts.split(",")])
-    if options.hours:
-        grow(options.lirvox, files, [float(h) for h in options.hours.split(",")])
+    compare(options.lirvox, files, options.repeat, [int(n) for n in options.shifts.split(",")])
 
 
 if __name__ == "__main__":

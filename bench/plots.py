@@ -2,7 +2,7 @@
 """Draws how costs grow: bench/plots.py FIGURES OUTPUT
 
 FIGURES is a folder with growth.tsv (what lirvox_growth prints), growing.tsv (bench/growing.py)
-and lengths.tsv (bench/indexing.py); OUTPUT gets an SVG for each. Needs matplotlib (Debian's
+and lengths.tsv (bench/lengths.py); OUTPUT gets an SVG for each. Needs matplotlib (Debian's
 python3-matplotlib).
 """
 import csv

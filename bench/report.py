@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Prints the figures of a benchmark run (Google Benchmark's JSON on standard input), each as a
-line for bench/figures.py.
+line for bench/figures.py: bench/report.py [SUFFIX], which is added to the names.
 
 Of each benchmark the fastest repetition counts: what other programs on the machine add to a
 time is never negative. Times are CPU time, but where somebody waits: there they are what a
@@ -38,6 +38,7 @@ def duration(microseconds):
 
 
 def main():
+    suffix = sys.argv[1] if len(sys.argv) > 1 else ""
     fastest = {}
     counters = {}
     for run in json.load(sys.stdin)["benchmarks"]:
@@ -53,16 +54,16 @@ def main():
     for name, floor, limit in RATIOS:
         if name in fastest and floor in fastest:
             compared |= {name, floor}
-            figure(name, duration(fastest[name]), floor, duration(fastest[floor]),
+            figure(name + suffix, duration(fastest[name]), floor, duration(fastest[floor]),
                    fastest[name] / fastest[floor], limit or "")
     for name in sorted(fastest.keys() - compared):
-        figure(name, duration(fastest[name]), reach=DURATIONS.get(name, ""))
+        figure(name + suffix, duration(fastest[name]), reach=DURATIONS.get(name, ""))
     for name, values in counters.items():
         if "seconds" in values:
             speed = values["seconds"] * 1e6 / fastest[name]
-            figure(name, f"{speed:.0f} x real time")
+            figure(name + suffix, f"{speed:.0f} x real time")
         if "rows" in values:
-            figure(name, f"{values['rows']:.0f} rows")
+            figure(name + suffix, f"{values['rows']:.0f} rows")
 
 
 if __name__ == "__main__":
