@@ -40,7 +40,7 @@ def main():
     arguments = argparse.ArgumentParser()
     arguments.add_argument("lirvox")
     arguments.add_argument("music", nargs="+")
-    arguments.add_argument("--hours", default="1,2.5,5,10")
+    arguments.add_argument("--hours", default="0.1,0.25,0.5,1,2.5,5,10")
     arguments.add_argument("--table", action="store_true")
     options = arguments.parse_args()
     hours = [float(h) for h in options.hours.split(",")]
