@@ -2,10 +2,13 @@
 #include "bench/GeneratedDatabase.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <random>
 #include <set>
+#include <stdexcept>
 #include <tuple>
 #include <utility>
 
@@ -36,8 +39,15 @@ struct Row {
 };
 
 std::size_t wantedRows() {
+  std::size_t rows = 2'000'000;
   const char* const text = std::getenv("LIRVOX_BENCH_ROWS");
-  return text ? std::strtoull(text, nullptr, 10) : 2'000'000;
+  if (!text) return rows;
+  const char* const end = text + std::strlen(text);
+  const auto [read, error] = std::from_chars(text, end, rows);
+  if (error != std::errc() || read != end || rows == 0) {
+    throw std::invalid_argument("LIRVOX_BENCH_ROWS is no number of rows");
+  }
+  return rows;
 }
 
 std::vector<QueryHash> fingerprint(std::uint32_t seed) {
@@ -76,8 +86,8 @@ void write(const std::string& path, const std::vector<Row>& rows) {
   SQLite::Database file(path, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
   SQLite::Transaction transaction(file);
   file.exec(
-      "CREATE TABLE db(track_id, num1, num2, PRIMARY KEY(num2, track_id, num1))"
-      " WITHOUT ROWID");
+      "CREATE TABLE db(track_id INTEGER NOT NULL, num1 INTEGER NOT NULL, num2 INTEGER NOT NULL,"
+      " PRIMARY KEY(num2, track_id, num1)) WITHOUT ROWID");
   SQLite::Statement insert(file, "INSERT OR IGNORE INTO db VALUES(?, ?, ?)");
   for (const auto& [track, query] : rows) {
     SQLite::bind(insert, track, query.time, query.hash);
@@ -105,14 +115,23 @@ const GeneratedDatabase& GeneratedDatabase::shared() {
   return database;
 }
 
-GeneratedDatabase::GeneratedDatabase() : query_(captureOfTrackOne()) {
+GeneratedDatabase::GeneratedDatabase() : path_(file()), query_(captureOfTrackOne()) {}
+
+std::string GeneratedDatabase::file() {
   const std::size_t rows = wantedRows();
-  path_ = fs::temp_directory_path() / ("lirvox-bench-" + std::to_string(rows) + ".sqlite");
-  if (fs::exists(path_)) return;
-  const std::string unfinished = path_ + ".part";
+  const fs::path path =
+      fs::temp_directory_path() / ("lirvox-bench-" + std::to_string(rows) + ".sqlite");
+  if (fs::exists(path)) return path;
+  const std::string unfinished = path.string() + ".part";
   fs::remove(unfinished);
-  write(unfinished, makeRows(rows));
-  fs::rename(unfinished, path_);
+  try {
+    write(unfinished, makeRows(rows));
+    fs::rename(unfinished, path);
+  } catch (...) {
+    fs::remove(unfinished);
+    throw;
+  }
+  return path;
 }
 
 std::string GeneratedDatabase::statement(Order order) const {

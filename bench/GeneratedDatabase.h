@@ -18,6 +18,8 @@ class GeneratedDatabase {
  public:
   /// Made on first use.
   static const GeneratedDatabase& shared();
+  /// The path of the file, which is made when it is not there.
+  static std::string file();
 
   const std::string& path() const { return path_; }
   /// The hashes of a 5 s capture, four shifts, out of the middle of track 1.

@@ -18,7 +18,7 @@ std::shared_ptr<Lirvox> installRecognizer(platform::MemoryAudioUnit::Samples sam
   ::setenv("LIRVOX_CACHES_DIR", caches.c_str(), 1);
   fs::create_directories(caches / "lirvox");
   fs::remove(caches / "lirvox/db1.sqlite");
-  fs::create_symlink(GeneratedDatabase::shared().path(), caches / "lirvox/db1.sqlite");
+  fs::create_symlink(GeneratedDatabase::file(), caches / "lirvox/db1.sqlite");
 
   platform::Platform platform = platform::systemPlatform();
   platform.audioSession = std::make_shared<platform::NullAudioSession>();

@@ -28,6 +28,16 @@ void lookup(benchmark::State& state) {
 }
 BENCHMARK(lookup)->Unit(benchmark::kMicrosecond);
 
+void lookupAndHits(benchmark::State& state) {
+  const GeneratedDatabase& generated = GeneratedDatabase::shared();
+  LirvoxDatabase database(generated.path());
+  for ([[maybe_unused]] auto _ : state) {
+    const auto rows = database.selectFingerprints(generated.query());
+    benchmark::DoNotOptimize(formHits(rows ? &*rows : nullptr, generated.query()));
+  }
+}
+BENCHMARK(lookupAndHits)->Unit(benchmark::kMicrosecond);
+
 void hitsAndVote(benchmark::State& state) {
   const GeneratedDatabase& generated = GeneratedDatabase::shared();
   const auto rows = LirvoxDatabase(generated.path()).selectFingerprints(generated.query());

@@ -11,12 +11,15 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <ctime>
 #include <filesystem>
 #include <map>
 #include <random>
+#include <set>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -243,7 +246,35 @@ double coldMilliseconds(const std::string& path, const std::vector<Excerpt>& exc
   return sum / kColdLookups;
 }
 
+// The database that is being measured: gigabytes, which an interrupted process takes away, too.
+class GrownFile {
+ public:
+  GrownFile() {
+    path();
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, end);
+  }
+  ~GrownFile() { ::unlink(path().c_str()); }
+  GrownFile(const GrownFile&) = delete;
+  GrownFile& operator=(const GrownFile&) = delete;
+
+  static const std::string& path() {
+    static const std::string path =
+        fs::temp_directory_path() / ("lirvox-growth-" + std::to_string(::getpid()) + ".sqlite");
+    return path;
+  }
+
+ private:
+  static void end(int signal) {
+    ::unlink(path().c_str());
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+  }
+};
+
 struct Plan {
+  std::string database;
+  std::vector<std::int32_t> sizes = {100, 300, 1000, 3000, 10000};
+  int excerpts = 300;
   std::int32_t minimum = 30;
   unsigned seed = 1;
   int pageSize = 4096;
@@ -251,8 +282,8 @@ struct Plan {
 
 void run(std::int32_t tracks, const std::vector<BaseTrack>& base, const Trial& trial,
          const Plan& plan) {
-  const std::string path =
-      fs::temp_directory_path() / ("lirvox-growth-" + std::to_string(::getpid()) + ".sqlite");
+  const GrownFile grown;
+  const std::string& path = GrownFile::path();
   std::mt19937 random(plan.seed);
   std::vector<std::uint64_t> rows = grow(base, tracks, random);
   leaveOutCommonHashes(rows);
@@ -275,41 +306,46 @@ void run(std::int32_t tracks, const std::vector<BaseTrack>& base, const Trial& t
   }
   std::printf("\n");
   std::fflush(stdout);
-  fs::remove(path);
+}
+
+void runAll(const Plan& plan) {
+  const std::vector<BaseTrack> base = readBase(plan.database);
+  if (base.empty()) throw std::invalid_argument(plan.database + " has no tracks");
+  const std::int32_t smallest = *std::min_element(plan.sizes.begin(), plan.sizes.end());
+  if (smallest < static_cast<std::int32_t>(base.size())) {
+    throw std::invalid_argument(plan.database + " has " + std::to_string(base.size()) +
+                                " tracks, which do not grow to " + std::to_string(smallest));
+  }
+  std::mt19937 random(plan.seed);
+  const Trial trial = cut(base, plan.excerpts, random);
+  std::printf(
+      "tracks\trows\tMB\trows/query\tmost rows\tlookup ms\tvote ms\tcold ms\tright\twrong\tabsent"
+      "\tnoisy right\tnoisy wrong\tnoisy absent\n");
+  for (const std::int32_t size : plan.sizes) run(size, base, trial, plan);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   CLI::App app("How lookup, vote and recognition change as a database grows");
-  std::string databasePath;
-  std::vector<std::int32_t> sizes = {100, 300, 1000, 3000, 10000};
-  int excerpts = 300;
   Plan plan;
-  app.add_option("-d,--database", databasePath, "Database to grow")->required();
-  app.add_option("--tracks", sizes, "Numbers of tracks")->delimiter(',');
-  app.add_option("--excerpts", excerpts, "Number of excerpts")->capture_default_str();
+  app.add_option("-d,--database", plan.database, "Database to grow")
+      ->required()
+      ->check(CLI::ExistingFile);
+  app.add_option("--tracks", plan.sizes, "Numbers of tracks")->delimiter(',')->expected(1, -1);
+  app.add_option("--excerpts", plan.excerpts, "Number of excerpts")->capture_default_str();
   app.add_option("--seed", plan.seed, "Seed of places, noise and copies")->capture_default_str();
   app.add_option("--minimum", plan.minimum, "Votes that a result must exceed")
       ->capture_default_str();
-  app.add_option("--page-size", plan.pageSize, "Bytes of a page")->capture_default_str();
+  app.add_option("--page-size", plan.pageSize, "Bytes of a page")
+      ->check(CLI::IsMember(std::set<int>{512, 1024, 2048, 4096, 8192, 16384, 32768, 65536}))
+      ->capture_default_str();
   CLI11_PARSE(app, argc, argv);
 
-  const std::vector<BaseTrack> base = readBase(databasePath);
-  if (base.empty()) {
-    std::fprintf(stderr, "%s has no tracks\n", databasePath.c_str());
-    return 2;
+  try {
+    runAll(plan);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+    return 1;
   }
-  for (const std::int32_t size : sizes) {
-    if (size >= static_cast<std::int32_t>(base.size())) continue;
-    std::fprintf(stderr, "%s has %zu tracks, which do not grow to %d\n", databasePath.c_str(),
-                 base.size(), size);
-    return 2;
-  }
-  std::mt19937 random(plan.seed);
-  const Trial trial = cut(base, excerpts, random);
-  std::printf(
-      "tracks\trows\tMB\trows/query\tmost rows\tlookup ms\tvote ms\tcold ms\tright\twrong\tabsent"
-      "\tnoisy right\tnoisy wrong\tnoisy absent\n");
-  for (const std::int32_t size : sizes) run(size, base, trial, plan);
 }

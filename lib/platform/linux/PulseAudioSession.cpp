@@ -94,14 +94,15 @@ bool PulseAudioSession::setPreferredInput(const std::optional<AudioSessionPort>&
     wanted = port->uniqueIdentifier;
     const auto server = connection(error);
     if (!server) return false;
-    const auto byDefault = pulseSource(*server, pulseDefaultSource);
-    const bool isDefault = byDefault && byDefault->port.uniqueIdentifier == wanted;
-    if (!isDefault && !pulseSource(*server, wanted)) {
+    if (!pulseSource(*server, wanted)) {
       error = failure("No such source");
       return false;
     }
     // Whoever asks for the default source is to follow it when it changes.
-    if (isDefault && wanted != preferredSource()) wanted.clear();
+    if (wanted != preferredSource()) {
+      const auto byDefault = pulseSource(*server, pulseDefaultSource);
+      if (byDefault && byDefault->port.uniqueIdentifier == wanted) wanted.clear();
+    }
   }
   {
     const MutexLock lock(mutex_);
