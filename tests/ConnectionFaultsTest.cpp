@@ -1,14 +1,5 @@
 // Requests to a service and captures from a sound server while what libcurl and libpulse ask of the
 // system fails, one after the other.
-#include <chrono>
-#include <cstdlib>
-#include <memory>
-#include <optional>
-#include <stdexcept>
-#include <string>
-
-#include <gtest/gtest.h>
-
 #include "lib/platform/HostTaskQueues.h"
 #include "lib/platform/Platform.h"
 #include "lib/platform/PulseAudio.h"
@@ -16,12 +7,10 @@
 #include "tests/LoopbackServer.h"
 #include "tests/support/Faults.h"
 #include "tests/support/PulseServer.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestPlatform.h"
 
-namespace lirvox {
+namespace lirvox::test {
 namespace {
-
-using test::Event;
 
 struct Reply {
   std::string body;
@@ -40,16 +29,16 @@ Reply get(platform::HttpSession& session, const std::string& url) {
   return reply;
 }
 
-class ConnectionFaults : public testing::TestWithParam<test::Failing> {};
+class ConnectionFaults : public testing::TestWithParam<Failing> {};
 
 TEST_P(ConnectionFaults, ARequestEndsAndTheNextOneGetsThrough) {
   ::setenv("no_proxy", "*", 1);
-  const test::TemporaryFolder folder;
+  const TemporaryFolder folder;
   const std::string body(100'000, 'x');
-  std::optional<test::LoopbackServer> server;
+  std::optional<LoopbackServer> server;
   std::optional<platform::CurlHttpSession> session;
   const auto operation = [&] {
-    server.emplace([&](const auto&, const test::Connection& to) { to.reply(200, body); });
+    server.emplace([&](const auto&, const Connection& to) { to.reply(200, body); });
     platform::HttpSessionConfiguration configuration;
     configuration.timeoutForRequest = std::chrono::seconds(2);
     session.emplace(configuration, platform::current()->makeSerialQueue("test"),
@@ -64,7 +53,7 @@ TEST_P(ConnectionFaults, ARequestEndsAndTheNextOneGetsThrough) {
     EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(10));
     server.reset();
   };
-  EXPECT_GT(test::failEach(GetParam(), operation, check), 8);
+  EXPECT_GT(failEach(GetParam(), operation, check), 8);
 }
 
 // Hears when a capture has delivered, or has been interrupted.
@@ -80,17 +69,26 @@ struct Listener : platform::AudioSessionObserver {
   Event routeChanged;
 };
 
-// Whether anything was delivered. Ends in any case, with a failure, an interruption or a delivery.
-bool capture(const platform::Platform& platform) {
-  const auto listener = std::make_shared<Listener>();
+// A unit that calls `delivered` before it tells the listener.
+std::unique_ptr<platform::AudioUnit> makeUnit(
+    const platform::Platform& platform, const std::shared_ptr<Listener>& listener,
+    const std::function<void()>& delivered = [] {}) {
   platform.audioSession->addObserver(listener);
   platform::AudioStatus status = platform::audioNoError;
-  const auto unit = platform.makeInputUnit(status);
+  auto unit = platform.makeInputUnit(status);
   unit->setDeliveredStreamFormat(platform::interleavedPcm(11025, 1, 32));
-  unit->setInputCallback([listener](auto&, const auto&, auto, auto) {
+  unit->setInputCallback([listener, delivered](auto&, const auto&, auto, auto) {
+    delivered();
     listener->over.set();
     return platform::audioNoError;
   });
+  return unit;
+}
+
+// Whether anything was delivered. Ends in any case, with a failure, an interruption or a delivery.
+bool capture(const platform::Platform& platform) {
+  const auto listener = std::make_shared<Listener>();
+  const auto unit = makeUnit(platform, listener);
   const bool started =
       unit->initialize() == platform::audioNoError && unit->start() == platform::audioNoError;
   EXPECT_TRUE(!started || listener->over.wait()) << "neither sound nor an interruption";
@@ -99,18 +97,16 @@ bool capture(const platform::Platform& platform) {
 }
 
 TEST_P(ConnectionFaults, ACaptureEndsAndTheNextOneHears) {
-  if (!test::PulseServer::isInstalled()) GTEST_SKIP() << "no pulseaudio, pactl or paplay here";
+  if (!PulseServer::isInstalled()) GTEST_SKIP() << "no pulseaudio, pactl or paplay here";
   // libpulse forgets to close what the server has sent for shared memory when a connection ends
   // just then.
-  const test::TemporaryFolder folder;
-  test::writeFile(folder.path("client.conf"), "enable-shm = no\n");
+  const TemporaryFolder folder;
+  writeFile(folder.path("client.conf"), "enable-shm = no\n");
   ::setenv("PULSE_CLIENTCONFIG", folder.path("client.conf").c_str(), 1);
-  const test::PulseServer server;
+  const PulseServer server;
   platform::Platform platform = platform::systemPlatform();
   platform::usePulseAudio(platform, {"lirvox-test", "Test", server.address(), ""});
-  Event queueRuns;  // and has its descriptors
-  platform::current()->mainQueue->async([&] { queueRuns.set(); });
-  EXPECT_TRUE(queueRuns.wait());
+  drain(*platform::current()->mainQueue);  // which has its descriptors from then on
   const auto operation = [&] { capture(platform); };
   const auto check = [&] {
     // The first may still hear of the end of the connection that failed.
@@ -119,13 +115,13 @@ TEST_P(ConnectionFaults, ACaptureEndsAndTheNextOneHears) {
     LirvoxError error;
     platform.audioSession->setActive(false, error);
   };
-  EXPECT_GT(test::failEach(GetParam(), operation, check), 20);
+  EXPECT_GT(failEach(GetParam(), operation, check), 20);
   platform::install(platform::systemPlatform());  // the queue ends with what it still holds
 }
 
 TEST(ConnectionFaultsTest, AHostThatThrowsHearsTheNextDeliveryAndOfTheNextChange) {
-  if (!test::PulseServer::isInstalled()) GTEST_SKIP() << "no pulseaudio, pactl or paplay here";
-  const test::PulseServer server;
+  if (!PulseServer::isInstalled()) GTEST_SKIP() << "no pulseaudio, pactl or paplay here";
+  const PulseServer server;
   platform::Platform platform = platform::systemPlatform();
   std::atomic<bool> refuses{true};
   Event refused;
@@ -138,16 +134,9 @@ TEST(ConnectionFaultsTest, AHostThatThrowsHearsTheNextDeliveryAndOfTheNextChange
   platform::usePulseAudio(platform, {"lirvox-test", "Test", server.address(), ""});
   platform::install(platform);
   const auto listener = std::make_shared<Listener>();
-  platform.audioSession->addObserver(listener);
-
-  platform::AudioStatus status = platform::audioNoError;
-  const auto unit = platform.makeInputUnit(status);
-  unit->setDeliveredStreamFormat(platform::interleavedPcm(11025, 1, 32));
   std::atomic<int> deliveries{0};
-  unit->setInputCallback([&](auto&, const auto&, auto, auto) -> platform::AudioStatus {
+  const auto unit = makeUnit(platform, listener, [&] {
     if (++deliveries == 1) throw std::runtime_error("host");
-    listener->over.set();
-    return platform::audioNoError;
   });
   EXPECT_EQ(unit->start(), platform::audioNoError);
   EXPECT_TRUE(listener->over.wait());
@@ -163,9 +152,8 @@ TEST(ConnectionFaultsTest, AHostThatThrowsHearsTheNextDeliveryAndOfTheNextChange
   platform::install(platform::systemPlatform());
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, ConnectionFaults,
-                         testing::Values(test::Failing::once, test::Failing::onwards),
+INSTANTIATE_TEST_SUITE_P(Each, ConnectionFaults, testing::Values(Failing::once, Failing::onwards),
                          testing::PrintToStringParamName());
 
 }  // namespace
-}  // namespace lirvox
+}  // namespace lirvox::test

@@ -1,22 +1,14 @@
 // Captures and replays while memory, queues, timers and the sound of the system fail.
-#include <chrono>
-#include <new>
-
-#include <gtest/gtest.h>
-
 #include "lib/audio/LirvoxAudioUtilities.h"
 #include "tests/support/ControllerTest.h"
 #include "tests/support/Faults.h"
 
-namespace lirvox {
+namespace lirvox::test {
 namespace {
 
 using namespace std::chrono_literals;
-using test::Failing;
-using test::FaultsPaused;
 
-class ControllerFaults : public test::ControllerTest {
- protected:
+struct ControllerFaults : ControllerTest {
   static constexpr std::size_t kSamples = 16538;  // of 1.5 s
 
   ControllerFaults() {
@@ -24,8 +16,7 @@ class ControllerFaults : public test::ControllerTest {
     install();
     lirvox_->setRecordingTime(1.5);
     lirvox_->setStopNow(false);
-    test::writeFile(platform_.folder.path("resources/soundLirvox.dat"),
-                    {reinterpret_cast<const char*>(song_.data()), 4 * kSamples});
+    bundleRecording(4 * kSamples);
   }
   ~ControllerFaults() override { LirvoxAudioUtilities::shouldExitOnCheckResultFail = true; }
 
@@ -33,10 +24,6 @@ class ControllerFaults : public test::ControllerTest {
     lirvox_->startRecognize();
     if (lirvox_->isRecording()) deliver(song_.data(), kSamples);
     platform_.scheduler.run();
-  }
-  void replay() {
-    lirvox_->startRecognizeFromFile();
-    platform_.scheduler.advance(4s);
   }
   // Told once, if anybody can be told without memory, and idle; what comes next works as ever.
   void checkAnswered(Failing failing = Failing::once) {
@@ -53,7 +40,7 @@ class ControllerFaults : public test::ControllerTest {
 TEST_F(ControllerFaults, EveryCaptureIsAnsweredAndTheNextOneWorks) {
   testing::internal::CaptureStderr();
   for (const Failing failing : {Failing::once, Failing::onwards}) {
-    EXPECT_GT(test::failEach(
+    EXPECT_GT(failEach(
                   failing, [this] { listen(); }, [&] { checkAnswered(failing); }),
               100);
   }
@@ -62,13 +49,16 @@ TEST_F(ControllerFaults, EveryCaptureIsAnsweredAndTheNextOneWorks) {
 
 TEST_F(ControllerFaults, EveryReplayIsAnsweredAndTheNextCaptureWorks) {
   testing::internal::CaptureStderr();
-  EXPECT_GT(test::failEach(
-                Failing::once, [this] { replay(); },
+  EXPECT_GT(failEach(
+                Failing::once,
+                [this] {
+                  lirvox_->startRecognizeFromFile();
+                  platform_.scheduler.advance(4s);
+                },
                 [this] {
                   checkAnswered();
                   platform_.scheduler.advance(2s);  // the live start that follows a replay
-                  lirvox_->stopRecognize();
-                  platform_.scheduler.run();
+                  cancel();
                   lirvox_->setStopNow(false);
                 }),
             100);
@@ -86,12 +76,9 @@ TEST_F(ControllerFaults, ACopyThatFailsLeavesTheCaptureAlone) {
     } catch (const std::bad_alloc&) {
     }
   };
-  EXPECT_GT(test::failEach(Failing::once, copy, [] {}), 0);
+  EXPECT_GT(failEach(Failing::once, copy, [] {}), 0);
   EXPECT_TRUE(isCopied);
-  lirvox_->stopRecognize();
-  platform_.scheduler.run();
-  EXPECT_FALSE(lirvox_->bufferAudioData());
 }
 
 }  // namespace
-}  // namespace lirvox
+}  // namespace lirvox::test

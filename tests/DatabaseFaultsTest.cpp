@@ -1,21 +1,13 @@
 // Databases that are strange, without end, made to do harm, or changed while they are read; SQLite
 // without memory.
-#include <filesystem>
-#include <functional>
-#include <optional>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
 #include <sqlite3.h>
 
-#include "lib/LirvoxSettings.h"
 #include "tests/support/ControllerTest.h"
 #include "tests/support/Faults.h"
 #include "tests/support/FingerprintFile.h"
 #include "tests/support/SqlTrace.h"
 
-namespace lirvox {
+namespace lirvox::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -26,21 +18,18 @@ sqlite3_mem_methods usualMemory;
 const bool memoryIsFaulty = [] {
   sqlite3_config(SQLITE_CONFIG_GETMALLOC, &usualMemory);
   sqlite3_mem_methods faulty = usualMemory;
-  faulty.xMalloc = [](int size) {
-    return test::faultIsDue() ? nullptr : usualMemory.xMalloc(size);
-  };
+  faulty.xMalloc = [](int size) { return faultIsDue() ? nullptr : usualMemory.xMalloc(size); };
   faulty.xRealloc = [](void* memory, int size) {
-    return test::faultIsDue() ? nullptr : usualMemory.xRealloc(memory, size);
+    return faultIsDue() ? nullptr : usualMemory.xRealloc(memory, size);
   };
   return sqlite3_config(SQLITE_CONFIG_MALLOC, &faulty) == SQLITE_OK;
 }();
 
-class DatabaseFaults : public test::ControllerTest {
- protected:
+struct DatabaseFaults : ControllerTest {
   // A database whose table is what `sql` makes.
   void installTable(const std::string& sql) const {
-    fs::remove(path_);
-    test::runSql(path_, sql);
+    fs::remove(databasePath_);
+    runSql(databasePath_, sql);
   }
   // Rows that a lookup of the hash 3 gives; -1 for no answer.
   int rowsFound() {
@@ -48,14 +37,13 @@ class DatabaseFaults : public test::ControllerTest {
     return rows ? static_cast<int>(rows->rowCount()) : -1;
   }
 
-  const std::string path_ = LirvoxSettings::databasePath();
-  LirvoxDatabase store_{path_};
+  LirvoxDatabase store_{databasePath_};
 };
 
 TEST_F(DatabaseFaults, AFileMayBeChangedWhileItIsRead) {
   // `act` is called for each row, far apart in the file.
   static std::function<void()> action = [] {};
-  const test::SqlTrace trace([](sqlite3* connection) {
+  const SqlTrace trace([](sqlite3* connection) {
     const auto act = [](sqlite3_context* context, int, sqlite3_value** values) {
       if (sqlite3_value_int(values[0]) == 100) action();
       sqlite3_result_int(context, 5);
@@ -67,27 +55,23 @@ TEST_F(DatabaseFaults, AFileMayBeChangedWhileItIsRead) {
       "CREATE TABLE db(track_id, num1, fill, num2 AS (act(track_id))); WITH RECURSIVE c(x) AS "
       "(SELECT 0 UNION ALL SELECT x + 1 FROM c LIMIT 2000) "
       "INSERT INTO db SELECT x, x, zeroblob(1000) FROM c;");
-  const std::string whole = test::readFile(path_);
-  const struct {
-    const char* what;
-    std::function<void()> action;
-    bool readsAll;
-  } cases[] = {
+  const std::string whole = readFile(databasePath_);
+  const std::tuple<const char*, std::function<void()>, bool> cases[] = {
       {"nothing", [] {}, true},
-      {"removed", [this] { fs::remove(path_); }, true},
+      {"removed", [this] { fs::remove(databasePath_); }, true},
       {"replaced",
        [&] {
-         test::writeFile(path_ + ".new", "other");
-         fs::rename(path_ + ".new", path_);
+         writeFile(databasePath_ + ".new", "other");
+         fs::rename(databasePath_ + ".new", databasePath_);
        },
        true},
-      {"truncated", [this] { fs::resize_file(path_, 500'000); }, false},
-      {"emptied", [this] { fs::resize_file(path_, 0); }, false},
-      {"overwritten", [&] { test::writeFile(path_, std::string(whole.size(), '\xA5')); }, false},
+      {"truncated", [this] { fs::resize_file(databasePath_, 500'000); }, false},
+      {"emptied", [this] { fs::resize_file(databasePath_, 0); }, false},
+      {"overwritten", [&] { writeFile(databasePath_, std::string(whole.size(), '\xA5')); }, false},
   };
   for (const auto& [what, act, readsAll] : cases) {
     SCOPED_TRACE(what);
-    test::writeFile(path_, whole);
+    writeFile(databasePath_, whole);
     action = act;
     const auto map = store_.selectFingerprints({{0, 5}});
     ASSERT_TRUE(map);
@@ -188,7 +172,7 @@ TEST_F(DatabaseFaults, StopsReadingATreeWhoseBranchesAllLeadToOneLeaf) {
       "CREATE TABLE db(track_id INTEGER, num1 INTEGER, num2 INTEGER); WITH RECURSIVE n(i) AS "
       "(VALUES(0) UNION ALL SELECT i + 1 FROM n WHERE i < 1500) INSERT INTO db SELECT 1, 2, 3 FROM "
       "n");
-  std::string bytes = test::readFile(path_);
+  std::string bytes = readFile(databasePath_);
   constexpr std::size_t kRoot = 2;
   constexpr std::size_t kLevels = 10;
   const std::string inner = bytes.substr((kRoot - 1) * 512, 512);
@@ -198,43 +182,40 @@ TEST_F(DatabaseFaults, StopsReadingATreeWhoseBranchesAllLeadToOneLeaf) {
   for (std::size_t i = 1; i <= kLevels; ++i)
     leadTo(bytes, pages + i, i < kLevels ? pages + i + 1 : 3);
   // The larger the file, the more rows it may have, up to a limit for all.
-  const struct {
-    std::size_t pages;
-    int mostRows;
-    const char* said;
-  } sizes[] = {{pages + kLevels, 2 * static_cast<int>(bytes.size()), "more work than its size"},
-               {30000, 1 << 22, "only the first 4194304 are used"}};
-  for (const auto& size : sizes) {
-    bytes.resize(size.pages * 512);
-    putNumber(bytes, 28, size.pages);
-    test::writeFile(path_, bytes);
+  const std::tuple<std::size_t, int, const char*> sizes[] = {
+      {pages + kLevels, 2 * static_cast<int>(bytes.size()), "more work than its size"},
+      {30000, 1 << 22, "only the first 4194304 are used"}};
+  for (const auto& [size, mostRows, said] : sizes) {
+    bytes.resize(size * 512);
+    putNumber(bytes, 28, size);
+    writeFile(databasePath_, bytes);
     const int found = rowsFound();
-    EXPECT_GT(found, size.mostRows / 100);
-    EXPECT_LE(found, size.mostRows);
-    EXPECT_TRUE(platform_.log->has(size.said));
+    EXPECT_GT(found, mostRows / 100);
+    EXPECT_LE(found, mostRows);
+    EXPECT_TRUE(platform_.log->has(said));
     EXPECT_TRUE(store_.databaseInfo());
   }
 }
 
 TEST_F(DatabaseFaults, NeverPlaysBackAJournalThatLiesBesideIt) {
-  test::writeFingerprintFile(path_, std::vector<test::FingerprintRow>(2000, {1, 2, 3}));
+  writeFingerprintFile(databasePath_, std::vector<FingerprintRow>(2000, {1, 2, 3}));
   const std::string victim = platform_.folder.path("victim");
-  test::writeFile(victim, "precious");
-  test::writeJournalThatRemoves(victim, path_);
-  const std::string before = test::readFile(path_);
+  writeFile(victim, "precious");
+  writeJournalThatRemoves(victim, databasePath_);
+  const std::string before = readFile(databasePath_);
 
   EXPECT_EQ(rowsFound(), -1);
-  EXPECT_EQ(test::readFile(victim), "precious");
-  EXPECT_EQ(test::readFile(path_), before);
+  EXPECT_EQ(readFile(victim), "precious");
+  EXPECT_EQ(readFile(databasePath_), before);
 }
 
 TEST_F(DatabaseFaults, WithoutMemoryForSQLiteALookupFailsAndTheNextOneWorks) {
   ASSERT_TRUE(memoryIsFaulty);
-  test::writeFingerprintFile(path_, std::vector<test::FingerprintRow>(3000, {1, 2, 3}));
-  for (const test::Failing failing : {test::Failing::once, test::Failing::onwards}) {
+  writeFingerprintFile(databasePath_, std::vector<FingerprintRow>(3000, {1, 2, 3}));
+  for (const Failing failing : {Failing::once, Failing::onwards}) {
     std::optional<LirvoxRowMap> map;
     std::optional<std::string> info;
-    EXPECT_GT(test::failEach(
+    EXPECT_GT(failEach(
                   failing,
                   [&] {
                     map = store_.selectFingerprints({{0, 3}});
@@ -250,4 +231,4 @@ TEST_F(DatabaseFaults, WithoutMemoryForSQLiteALookupFailsAndTheNextOneWorks) {
 }
 
 }  // namespace
-}  // namespace lirvox
+}  // namespace lirvox::test

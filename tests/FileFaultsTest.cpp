@@ -1,39 +1,23 @@
 // Recordings, settings, updates and lookups while operations on files fail, and requests for
 // memory, one after the other.
-#include <chrono>
-#include <functional>
-#include <optional>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
-#include "lib/LirvoxSettings.h"
 #include "lib/platform/RunTask.h"
 #include "lib/platform/linux/JsonUserDefaults.h"
-#include "tests/ZipBytes.h"
 #include "tests/support/ControllerTest.h"
 #include "tests/support/Faults.h"
 #include "tests/support/FingerprintFile.h"
 #include "tests/support/LocalService.h"
 
-namespace lirvox {
+namespace lirvox::test {
 namespace {
 
-using test::contents;
-using test::FaultsPaused;
-using test::readFile;
-using test::writeFile;
-
-class FileFaults : public test::ControllerTest, public testing::WithParamInterface<test::Failing> {
- protected:
+struct FileFaults : ControllerTest, testing::WithParamInterface<Failing> {
   std::filesystem::path caches() const { return platform_.folder.path("caches"); }
   int failEach(const std::function<void()>& operation, const std::function<void()>& check) {
     return test::failEach(GetParam(), operation, check);
   }
   // The files of the caches folder, those excepted that the next operation removes.
-  test::Files lastingFiles() const {
-    test::Files files = contents(caches());
+  Files lastingFiles() const {
+    Files files = contents(caches());
     std::erase_if(
         files, [](const auto& file) { return file.first.find(".lirvox-") != std::string::npos; });
     return files;
@@ -86,20 +70,16 @@ TEST_P(FileFaults, SettingsAreNeverLost) {
             5);
   // Without any memory nothing can be said either.
   const bool isSaid = platform_.log->has("could not be stored");
-  EXPECT_TRUE(isSaid || GetParam() == test::Failing::onwards);
+  EXPECT_TRUE(isSaid || GetParam() == Failing::onwards);
   EXPECT_FALSE(std::filesystem::exists(path + ".damaged"));
 }
 
 TEST_P(FileFaults, AnUpdateLeavesAWholeDatabaseOrNoneAndTheNextOneHeals) {
-  ::setenv("LIRVOX_SERVICE_HOST_FOLDER", "service.example", 1);
   const std::string whole(5000, 'n');
-  const std::string archive = test::zipBytes(
-      {{.name = "home/service.example/www/tmp/db1.sqlite", .data = whole, .deflated = true}});
-  const auto service = std::make_shared<test::LocalService>(platform_.scheduler.queue(),
-                                                            platform_.folder.path("download"));
-  service->publish("g", archive);
+  const auto service = std::make_shared<LocalService>(platform_.scheduler.queue(),
+                                                      platform_.folder.path("download"));
+  service->publish("g", archiveOf(whole));
   lirvox_->setSession(service);
-  const std::string live = LirvoxSettings::databasePath();
   std::vector<bool> answers;
   const auto update = [&] {
     lirvox_->downloadDatabaseIfNeeded([&](bool good) {
@@ -109,39 +89,37 @@ TEST_P(FileFaults, AnUpdateLeavesAWholeDatabaseOrNoneAndTheNextOneHeals) {
     platform_.scheduler.run();
   };
   const auto prepare = [&] {
-    writeFile(live, "old");
+    writeFile(databasePath_, "old");
     lirvox_->setDtDbGenerated("");
     answers.clear();
   };
   prepare();
   EXPECT_GT(
-      failEach(
-          update,
-          [&] {
-            const std::string found = readFile(live);
-            EXPECT_TRUE(found == "old" || found == whole || found.empty());
-            EXPECT_EQ(found.empty(), !std::filesystem::exists(live));
-            EXPECT_TRUE(answers.empty() || found == whole);
-            lirvox_->setDtDbGenerated("");
-            update();
-            EXPECT_EQ(lastingFiles(), (test::Files{{"lirvox/", ""}, {"lirvox/db1.sqlite", whole}}));
-            prepare();
-          }),
+      failEach(update,
+               [&] {
+                 const std::string found = readFile(databasePath_);
+                 EXPECT_TRUE(found == "old" || found == whole || found.empty());
+                 EXPECT_EQ(found.empty(), !std::filesystem::exists(databasePath_));
+                 EXPECT_TRUE(answers.empty() || found == whole);
+                 lirvox_->setDtDbGenerated("");
+                 update();
+                 EXPECT_EQ(lastingFiles(), (Files{{"lirvox/", ""}, {"lirvox/db1.sqlite", whole}}));
+                 prepare();
+               }),
       20);
   lirvox_->setSession(nullptr);
 }
 
 TEST_P(FileFaults, ALocalArchiveReplacesTheDatabaseWholeOrNot) {
   const std::string archive = platform_.folder.path("local.zip");
-  const std::string live = LirvoxSettings::databasePath();
-  writeFile(archive, test::zipBytes({{"db1.sqlite", "new"}}));
-  writeFile(live, "old");
+  writeFile(archive, zipBytes({{"db1.sqlite", "new"}}));
+  writeFile(databasePath_, "old");
   bool installed = false;
   EXPECT_GT(failEach([&] { installed = lirvox_->updateDatabasePath(archive); },
                      [&] {
-                       const std::string found = readFile(live);
+                       const std::string found = readFile(databasePath_);
                        EXPECT_TRUE(installed ? found == "new" : found == "new" || found == "old");
-                       writeFile(live, "old");
+                       writeFile(databasePath_, "old");
                      }),
             10);
   EXPECT_TRUE(installed);
@@ -149,7 +127,7 @@ TEST_P(FileFaults, ALocalArchiveReplacesTheDatabaseWholeOrNot) {
 
 TEST_P(FileFaults, ALookupGivesWhatCouldBeReadAndTheNextOneAll) {
   const std::string path = platform_.folder.path("store.sqlite");
-  test::writeFingerprintFile(path, std::vector<test::FingerprintRow>(3000, {1, 2, 3}));
+  writeFingerprintFile(path, std::vector<FingerprintRow>(3000, {1, 2, 3}));
   LirvoxDatabase store(path);
   std::optional<LirvoxRowMap> map;
   std::optional<std::string> info;
@@ -175,10 +153,9 @@ TEST_P(FileFaults, FoldersThatAreReadOnlyOrVanishHurtNothing) {
   install();
   start();
   deliver(song_.data(), song_.size() - 1);
-  std::filesystem::remove(LirvoxSettings::databasePath());
-  deliver(song_.data(), 1);
-  platform_.scheduler.run();
-  EXPECT_EQ(lastingFiles(), (test::Files{{"lirvox/", ""}})) << "no empty database is made";
+  std::filesystem::remove(databasePath_);
+  EXPECT_EQ(outcomeAfter({0}).size(), 1U);
+  EXPECT_EQ(lastingFiles(), (Files{{"lirvox/", ""}})) << "no empty database is made";
   std::filesystem::remove_all(caches());
   install();
   start();
@@ -189,7 +166,7 @@ TEST_P(FileFaults, FoldersThatAreReadOnlyOrVanishHurtNothing) {
   platform_.scheduler.run();
 
   const auto usual = platform::current()->directories;
-  writeFile(platform_.folder.path("local.zip"), test::zipBytes({{"db1.sqlite", "new"}}));
+  writeFile(platform_.folder.path("local.zip"), zipBytes({{"db1.sqlite", "new"}}));
   platform_.change([unwritable = "/proc/lirvox"](platform::Platform& services) {  // for anyone
     services.directories =
         std::make_shared<platform::FixedDirectories>(unwritable, unwritable, unwritable);
@@ -199,17 +176,13 @@ TEST_P(FileFaults, FoldersThatAreReadOnlyOrVanishHurtNothing) {
   lirvox_->saveCurrentBufferToFile();
   EXPECT_FALSE(lirvox_->updateDatabasePath(platform_.folder.path("local.zip")));
   platform_.scheduler.advance(std::chrono::seconds(7));
-  EXPECT_EQ(delegate_->takeCalls().size(), 3U);
+  EXPECT_EQ(delegate_->takeCalls().size(), 2U);
   platform_.change([&](platform::Platform& p) { p.directories = usual; });
   install();
-  start();
-  deliver(song_);
-  platform_.scheduler.run();
-  EXPECT_EQ(delegate_->calls().back(), foundSong_);
+  EXPECT_EQ(outcomeOf(song_), Calls{foundSong_});
 }
 
-INSTANTIATE_TEST_SUITE_P(Failing, FileFaults,
-                         testing::Values(test::Failing::once, test::Failing::onwards));
+INSTANTIATE_TEST_SUITE_P(Failing, FileFaults, testing::Values(Failing::once, Failing::onwards));
 
 }  // namespace
-}  // namespace lirvox
+}  // namespace lirvox::test

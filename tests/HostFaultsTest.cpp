@@ -1,22 +1,13 @@
 // Hosts that misbehave or do what few do: delegates, settings, forks.
-#include <chrono>
-#include <functional>
-#include <future>
-#include <memory>
-#include <stdexcept>
-#include <vector>
-
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "lib/HistoryInfo.h"
-#include "lib/LirvoxSettings.h"
 #include "tests/LoopbackServer.h"
 #include "tests/support/ControllerTest.h"
 
-namespace lirvox {
+namespace lirvox::test {
 namespace {
 
 using namespace std::chrono_literals;
@@ -29,8 +20,7 @@ struct ActingDelegate : LirvoxDelegate {
   const std::function<void()> act;
 };
 
-class HostFaults : public test::ControllerTest {
- protected:
+struct HostFaults : ControllerTest {
   HostFaults() { install(); }
 
   void expectToWork() {
@@ -66,9 +56,8 @@ TEST_F(HostFaults, DelegatesMayThrowAndCallAnything) {
     outcomeOf(song_);
     platform_.scheduler.advance(10s);
     EXPECT_EQ(told, 1);
-    lirvox_->stopRecognize();
-    platform_.scheduler.run();
-    lirvox_->setDatabase(std::make_shared<LirvoxDatabase>(LirvoxSettings::databasePath()));
+    cancel();
+    lirvox_->setDatabase(std::make_shared<LirvoxDatabase>(databasePath_));
     expectToWork();
   }
   EXPECT_TRUE(platform_.log->has("exception: host"));
@@ -81,10 +70,7 @@ TEST_F(HostFaults, ADelegateMayListenOn) {
     if (++told < 3) lirvox_->startRecognize();
   }));
   start();
-  for (int i = 0; i < 3; ++i) {
-    deliver(song_);
-    platform_.scheduler.run();
-  }
+  for (int i = 0; i < 3; ++i) outcomeAfter(song_);
   EXPECT_EQ(told, 3);
   EXPECT_FALSE(lirvox_->isRecording());
 }
@@ -120,9 +106,7 @@ TEST_F(HostFaults, WithoutEngineOrRecordAPassHasItsOwn) {
   }
   start();
   lirvox_->setHistoryInfo(nullptr);
-  deliver(song_);
-  platform_.scheduler.run();
-  EXPECT_EQ(delegate_->takeCalls(), Calls{foundSong_});
+  EXPECT_EQ(outcomeAfter(song_), Calls{foundSong_});
 }
 
 TEST_F(HostFaults, AForkedChildStartsNothingAndLeavesTheParentAlone) {
@@ -141,9 +125,7 @@ TEST_F(HostFaults, AForkedChildStartsNothingAndLeavesTheParentAlone) {
   int status = -1;
   ::waitpid(child, &status, 0);
   EXPECT_EQ(status, 0);
-  deliver(song_);
-  platform_.scheduler.run();
-  EXPECT_EQ(delegate_->takeCalls(), Calls{foundSong_});
+  EXPECT_EQ(outcomeAfter(song_), Calls{foundSong_});
 }
 
 TEST_F(HostFaults, NoDescriptorOfTheLibraryGetsIntoAProgramThatIsExecuted) {
@@ -155,8 +137,8 @@ TEST_F(HostFaults, NoDescriptorOfTheLibraryGetsIntoAProgramThatIsExecuted) {
     }
     return inherited;
   };
-  test::Event asked;
-  test::LoopbackServer server([&](const auto&, const test::Connection& connection) {
+  Event asked;
+  LoopbackServer server([&](const auto&, const Connection& connection) {
     asked.set();
     connection.waitUntilClosed();
   });
@@ -175,4 +157,4 @@ TEST_F(HostFaults, NoDescriptorOfTheLibraryGetsIntoAProgramThatIsExecuted) {
 }
 
 }  // namespace
-}  // namespace lirvox
+}  // namespace lirvox::test

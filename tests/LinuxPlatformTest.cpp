@@ -1,12 +1,4 @@
 // The folders, the log and the user defaults of the system.
-#include <cstdlib>
-#include <filesystem>
-#include <functional>
-#include <map>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -32,11 +24,7 @@ void setEnvironment(const Variables& variables) {
 TEST(LinuxDirectories, FollowTheEnvironment) {
   const std::string home = ::getpwuid(::getuid())->pw_dir;
   const std::string here = std::filesystem::current_path();
-  const struct {
-    Variables variables;
-    const char* application;
-    std::string caches;
-  } cases[] = {
+  const std::tuple<Variables, const char*, std::string> cases[] = {
       {{{"LIRVOX_CACHES_DIR", "/c"}, {"XDG_CACHE_HOME", "/x"}, {"HOME", "/h"}}, "app", "/c"},
       {{{"LIRVOX_CACHES_DIR", "/c/d//"}}, "app", "/c/d"},
       {{{"LIRVOX_CACHES_DIR", "relative"}}, "app", here + "/relative"},
@@ -63,8 +51,14 @@ TEST(StandardErrorLog, WritesSingleLines) {
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "one\ntwo\n");
 }
 
-class UserDefaultsTest : public testing::Test {
- protected:
+struct UserDefaultsTest : testing::Test {
+  // What is stored in the place of something useless reaches others.
+  void expectToWork(JsonUserDefaults& defaults) const {
+    defaults.setString("new", "stamp");
+    EXPECT_TRUE(defaults.synchronize());
+    EXPECT_EQ(JsonUserDefaults(path_).stringForKey("stamp"), "new");
+  }
+
   const test::TestPlatform platform_;
   const std::string path_ = platform_.folder.path("made/when/missing/defaults.json");
 };
@@ -100,9 +94,7 @@ TEST_F(UserDefaultsTest, DamagedFilesCountAsEmptyAndAreKeptAside) {
     EXPECT_EQ(platform_.log->lines().back(),
               "User defaults are damaged and were moved to " + path_ + ".damaged");
     EXPECT_EQ(test::readFile(path_ + ".damaged"), damaged);
-    defaults.setString("new", "stamp");
-    EXPECT_TRUE(defaults.synchronize());
-    EXPECT_EQ(JsonUserDefaults(path_).stringForKey("stamp"), "new");
+    expectToWork(defaults);
   }
 }
 
@@ -116,9 +108,7 @@ TEST_F(UserDefaultsTest, WhatIsNoFileIsNeitherWaitedForNorReadWithoutEnd) {
     EXPECT_EQ(defaults.stringForKey("stamp"), std::nullopt);
     defaults.setString(std::string(1 << 20, 'x'), "stamp");
     EXPECT_FALSE(defaults.synchronize()) << "too large to be read again";
-    defaults.setString("new", "stamp");
-    EXPECT_TRUE(defaults.synchronize());
-    EXPECT_EQ(JsonUserDefaults(path_).stringForKey("stamp"), "new");
+    expectToWork(defaults);
     std::filesystem::remove(path_);
   }
 }

@@ -1,10 +1,4 @@
 // The fingerprint store, on real SQLite files.
-#include <future>
-#include <memory>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
 #include <sqlite3.h>
 #include <sys/stat.h>
 
@@ -14,17 +8,16 @@
 #include "tests/support/SqlTrace.h"
 #include "tests/support/TestPlatform.h"
 
-namespace lirvox {
+namespace lirvox::test {
 namespace {
 
 using Lines = std::vector<std::string>;
 using Times = std::vector<std::pair<std::int32_t, std::int32_t>>;  // track and time
 
-class Database : public testing::Test {
- protected:
+struct Database : testing::Test {
   // The store of a file with `rows`.
-  LirvoxDatabase& store(const std::vector<test::FingerprintRow>& rows) {
-    test::writeFingerprintFile(path_, rows);
+  LirvoxDatabase& store(const std::vector<FingerprintRow>& rows) {
+    writeFingerprintFile(path_, rows);
     return store_;
   }
 
@@ -37,21 +30,22 @@ class Database : public testing::Test {
     return result;
   }
 
-  test::TestPlatform platform_;
+  TestPlatform platform_;
   const std::string path_ = platform_.folder.path("store.sqlite");
   LirvoxDatabase store_{path_};
 };
 
 TEST_F(Database, GivesTheRowsOfEachHashInTheFilesOrder) {
-  LirvoxDatabase& store = this->store({{7, 4, 100},
-                                       {3, 5, 200},
-                                       {7, 2, 100},
-                                       {1, -9, 100},
-                                       {9, 9, 300},
-                                       {3, 5, 200},
-                                       {2147483647, 0, 1048575}});
-  const std::string before = test::readFile(path_);
-  const auto map = store.selectFingerprints({{50, 1048575}, {1, 200}, {2, 100}, {3, 5}, {4, 200}});
+  const std::vector<FingerprintRow> rows = {{7, 4, 100},
+                                            {3, 5, 200},
+                                            {7, 2, 100},
+                                            {1, -9, 100},
+                                            {9, 9, 300},
+                                            {3, 5, 200},
+                                            {2147483647, 0, 1048575}};
+  store(rows);
+  const std::string before = readFile(path_);
+  const auto map = store_.selectFingerprints({{50, 1048575}, {1, 200}, {2, 100}, {3, 5}, {4, 200}});
   ASSERT_TRUE(map);
   EXPECT_EQ(times(*map, 100), (Times{{7, 4}, {7, 2}, {1, -9}}));
   EXPECT_EQ(times(*map, 200), (Times{{3, 5}, {3, 5}}));
@@ -60,12 +54,12 @@ TEST_F(Database, GivesTheRowsOfEachHashInTheFilesOrder) {
   EXPECT_EQ(times(*map, 300), Times());
   EXPECT_EQ(map->size(), 3U);
   EXPECT_EQ(map->rowCount(), 6U);
-  EXPECT_EQ(test::readFile(path_), before);
+  EXPECT_EQ(readFile(path_), before);
 }
 
 TEST_F(Database, AsksOncePerDistinctPairAndInOneStatement) {
   LirvoxDatabase& store = this->store({{1, 2, 7}});
-  test::SqlTrace trace;
+  SqlTrace trace;
   const auto map = store.selectFingerprints({{9, 7}, {0, 7}, {9, 7}, {9, 7}});
   EXPECT_EQ(times(map.value(), 7), (Times{{1, 2}}));
   EXPECT_TRUE(store.selectFingerprints({}).value().empty());
@@ -84,7 +78,7 @@ TEST_F(Database, TakesTheHashesOfTheLongestCapture) {
 TEST_F(Database, AnswersNothingWithoutATable) {
   LirvoxDatabase inMemory(std::nullopt);
   LirvoxDatabase temporary("");
-  test::runSql(path_, "CREATE TABLE other(a)");
+  runSql(path_, "CREATE TABLE other(a)");
   EXPECT_EQ(inMemory.sqlitePath(), ":memory:");
   EXPECT_EQ(temporary.sqlitePath(), "");
   for (LirvoxDatabase* const store : {&inMemory, &temporary, &store_}) {
@@ -96,7 +90,7 @@ TEST_F(Database, AnswersNothingWithoutATable) {
 }
 
 TEST_F(Database, LogsErrorsOnlyWhenTracing) {
-  test::writeFile(path_, "");
+  writeFile(path_, "");
   EXPECT_FALSE(store_.databaseInfo());
   EXPECT_EQ(platform_.log->lines(), Lines());
   store_.setTraceExecution(true);
@@ -134,7 +128,7 @@ TEST_F(Database, NobodyWaitsForAPipeInThePlaceOfAFile) {
 }
 
 TEST_F(Database, SummarisesItsTracksAndTheInstalledFile) {
-  test::writeFile(LirvoxSettings::databasePath(), std::string(3 * 512 * 1024, 'x'));
+  writeFile(LirvoxSettings::databasePath(), std::string(3 * 512 * 1024, 'x'));
   LirvoxDatabase& store = this->store({{12, 0, 1}, {7, 0, 1}, {12, 5, 2}, {7, 1, 9}});
   EXPECT_EQ(store.databaseInfo(), "DB size: 1.500000 Mb\nVideo id's: 7,12");
   std::filesystem::remove(LirvoxSettings::databasePath());
@@ -177,7 +171,7 @@ TEST_F(Database, WaitsForALockedFileToBeReleased) {
   store.setMaxBusyRetryTimeInterval(60.0);
   auto lock = std::make_unique<Lock>(path_);
   std::promise<void> opened;
-  const test::SqlTrace trace([&](sqlite3*) { opened.set_value(); });
+  const SqlTrace trace([&](sqlite3*) { opened.set_value(); });
   auto answer = std::async(std::launch::async, [&] { return store.selectFingerprints({{0, 3}}); });
   opened.get_future().wait();
   lock.reset();
@@ -185,7 +179,7 @@ TEST_F(Database, WaitsForALockedFileToBeReleased) {
 }
 
 TEST_F(Database, FinalizesLeakedStatementsWhenClosed) {
-  const test::SqlTrace trace([](sqlite3* connection) {
+  const SqlTrace trace([](sqlite3* connection) {
     for (int i = 0; i < 2; ++i) {
       sqlite3_stmt* leaked = nullptr;
       sqlite3_prepare_v2(connection, "SELECT 1", -1, &leaked, nullptr);
@@ -200,4 +194,4 @@ TEST_F(Database, FinalizesLeakedStatementsWhenClosed) {
 }
 
 }  // namespace
-}  // namespace lirvox
+}  // namespace lirvox::test

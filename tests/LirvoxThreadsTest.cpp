@@ -1,19 +1,7 @@
 // The controller with real queues, a real audio thread and hosts that do not wait.
-#include <algorithm>
-#include <atomic>
-#include <cstdlib>
-#include <functional>
-#include <future>
-#include <random>
 #include <span>
-#include <thread>
-#include <vector>
 
-#include <gtest/gtest.h>
-
-#include "lib/LirvoxSettings.h"
 #include "lib/platform/MemoryAudioUnit.h"
-#include "tests/ZipBytes.h"
 #include "tests/support/ControllerTest.h"
 #include "tests/support/LocalService.h"
 
@@ -23,11 +11,10 @@ extern "C" const char* __tsan_default_suppressions() {
   return "race:localTime";
 }
 
-namespace lirvox {
+namespace lirvox::test {
 namespace {
 
-class ControllerThreads : public test::ControllerTest {
- protected:
+struct ControllerThreads : ControllerTest {
   ControllerThreads() {
     platform_.useRealQueues();
     platform_.change([this](platform::Platform& services) {
@@ -58,13 +45,11 @@ TEST_F(ControllerThreads, AnswerEveryCaptureThatIsNotCancelled) {
 }
 
 // What else goes on while hosts call: updates, and a sound server that interrupts.
-class BusyControllerThreads : public ControllerThreads {
- protected:
+struct BusyControllerThreads : ControllerThreads {
   BusyControllerThreads() {
-    ::setenv("LIRVOX_SERVICE_HOST_FOLDER", "service.example", 1);
-    const std::string database = test::readFile(LirvoxSettings::databasePath());
-    test::writeFile(local_, test::zipBytes({{"db1.sqlite", database}}));
-    archive_ = test::zipBytes({{"home/service.example/www/tmp/db1.sqlite", database}});
+    const std::string database = readFile(databasePath_);
+    writeFile(local_, zipBytes({{"db1.sqlite", database}}));
+    archive_ = archiveOf(database);
     lirvox_->setSession(service_);
   }
   ~BusyControllerThreads() override { lirvox_->setSession(nullptr); }
@@ -72,14 +57,6 @@ class BusyControllerThreads : public ControllerThreads {
   void update() {
     service_->publish(std::to_string(generation_++), archive_);
     lirvox_->downloadDatabaseIfNeeded([](bool opens) { EXPECT_TRUE(opens); });
-  }
-  // An update takes two tasks of the queue.
-  void waitForUpdates() {
-    for (int i = 0; i < 2; ++i) {
-      std::promise<void> reached;
-      updates_->async([&] { reached.set_value(); });
-      reached.get_future().wait();
-    }
   }
   void interruptUntil(const std::stop_token& stop) {
     using Type = platform::AudioSessionInterruption::Type;
@@ -97,8 +74,8 @@ class BusyControllerThreads : public ControllerThreads {
   std::atomic<int> generation_{0};
   const std::shared_ptr<platform::TaskQueue> updates_ =
       platform::systemPlatform().makeSerialQueue("updates");
-  const std::shared_ptr<test::LocalService> service_ =
-      std::make_shared<test::LocalService>(updates_, platform_.folder.path("download"));
+  const std::shared_ptr<LocalService> service_ =
+      std::make_shared<LocalService>(updates_, platform_.folder.path("download"));
 };
 
 TEST_F(BusyControllerThreads, SurviveHostsThatCallFromEverywhere) {
@@ -108,10 +85,8 @@ TEST_F(BusyControllerThreads, SurviveHostsThatCallFromEverywhere) {
       [this] { lirvox_->setIsRecording(false); },
       [this] { lirvox_->setRecordingTime(1.0); },
       [this] { lirvox_->setMinimumFindedCnt(0); },
-      [this] { lirvox_->setDelegate(std::make_shared<test::RecordedDelegate>()); },
-      [this] {
-        lirvox_->setDatabase(std::make_shared<LirvoxDatabase>(LirvoxSettings::databasePath()));
-      },
+      [this] { lirvox_->setDelegate(std::make_shared<RecordedDelegate>()); },
+      [this] { lirvox_->setDatabase(std::make_shared<LirvoxDatabase>(databasePath_)); },
       [this] { (void)(lirvox_->isRecording() || lirvox_->stopNow() || lirvox_->shouldStop()); },
       [this] { lirvox_->databaseInfo(); },
       [this] { update(); },
@@ -139,7 +114,7 @@ TEST_F(BusyControllerThreads, SurviveHostsThatCallFromEverywhere) {
     }
   }
   // Whatever happened, the next capture works as ever.
-  waitForUpdates();
+  for (int i = 0; i < 2; ++i) drain(*updates_);  // which takes two tasks of the queue
   lirvox_->stopRecognize();
   playing_ = beginningOf(other_);
   lirvox_->setDelegate(delegate_);
@@ -148,4 +123,4 @@ TEST_F(BusyControllerThreads, SurviveHostsThatCallFromEverywhere) {
 }
 
 }  // namespace
-}  // namespace lirvox
+}  // namespace lirvox::test

@@ -1,20 +1,12 @@
 // An HTTP server for tests that answers as badly as it is told to.
 #pragma once
 
-#include <chrono>
-#include <condition_variable>
-#include <functional>
-#include <mutex>
-#include <string>
-#include <string_view>
-#include <thread>
-#include <utility>
-#include <vector>
-
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
+
+#include "tests/support/Test.h"
 
 namespace lirvox::test {
 
@@ -72,9 +64,11 @@ class LoopbackServer {
     ::close(listener_);
   }
 
-  LoopbackServer(const LoopbackServer&) = delete;
-  LoopbackServer& operator=(const LoopbackServer&) = delete;
-
+  /// Answers like this from now on.
+  void setHandler(Handler handler) {
+    const std::lock_guard lock(mutex_);
+    handler_ = std::move(handler);
+  }
   std::string url(const std::string& target = "") const { return url_ + target; }
   /// The heads of all requests so far.
   std::vector<std::string> requests() const {
@@ -95,19 +89,21 @@ class LoopbackServer {
     for (char byte = 0; head.find("\r\n\r\n") == std::string::npos; head += byte) {
       if (::recv(socket, &byte, 1, 0) <= 0) break;
     }
+    Handler handler;
     {
       const std::lock_guard lock(mutex_);
       requests_.push_back(head);
+      handler = handler_;
     }
     const std::size_t begin = head.find(' ') + 1;
-    handler_(head.substr(begin, head.find(' ', begin) - begin), Connection(socket));
+    handler(head.substr(begin, head.find(' ', begin) - begin), Connection(socket));
     ::shutdown(socket, SHUT_RDWR);
   }
 
-  const Handler handler_;
   const int listener_ = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   std::string url_;
   mutable std::mutex mutex_;
+  Handler handler_;                    // guarded by mutex_
   std::vector<std::string> requests_;  // guarded by mutex_
   std::vector<int> sockets_;  // of all connections ever; the acceptor's, then the destructor's
   std::vector<std::thread> threads_;

@@ -1,20 +1,15 @@
 // The microphone on a real PulseAudio server.
-#include <atomic>
-#include <cmath>
 #include <complex>
-#include <future>
-#include <random>
-
-#include <gtest/gtest.h>
 
 #include "lib/platform/PulseAudio.h"
 #include "tests/support/PulseServer.h"
 #include "tests/support/SoundRecorder.h"
+#include "tests/support/TestPlatform.h"
 
-namespace lirvox {
+namespace lirvox::test {
 namespace {
 
-class Recorder : public test::SoundRecorder {
+class Recorder : public SoundRecorder {
  public:
   // Until the last half second is little but a sine of this frequency.
   bool waitForSine(double frequency) {
@@ -39,11 +34,10 @@ struct ChangeCounter : platform::AudioSessionObserver {
   std::atomic<int> changes{0};
 };
 
-class PulseAudioTest : public testing::Test {
- protected:
+struct PulseAudioTest : testing::Test {
   void SetUp() override {
-    if (!test::PulseServer::isInstalled()) GTEST_SKIP() << "no pulseaudio, pactl or paplay here";
-    server_ = std::make_unique<test::PulseServer>();
+    if (!PulseServer::isInstalled()) GTEST_SKIP() << "no pulseaudio, pactl or paplay here";
+    server_ = std::make_unique<PulseServer>();
     install("");
   }
   void install(const std::string& source) {
@@ -59,14 +53,8 @@ class PulseAudioTest : public testing::Test {
     EXPECT_TRUE(recorder_->waitForFrames(2000));
     return microphone;
   }
-  // Until what waits on the main queue now has run.
-  static void runMainQueue() {
-    std::promise<void> run;
-    platform::current()->mainQueue->async([&] { run.set_value(); });
-    run.get_future().wait();
-  }
 
-  std::unique_ptr<test::PulseServer> server_;
+  std::unique_ptr<PulseServer> server_;
   std::shared_ptr<platform::AudioSession> session_;
   const std::shared_ptr<Recorder> recorder_ = std::make_shared<Recorder>();
 };
@@ -133,10 +121,10 @@ TEST_F(PulseAudioTest, StopsWhenTheServerDies) {
 
   // Looking for the server in vain is no news that makes anybody look again.
   const auto counter = std::make_shared<ChangeCounter>();
-  runMainQueue();
+  drain(*platform::current()->mainQueue);
   session_->addObserver(counter);
   EXPECT_TRUE(session_->availableInputs().empty());
-  runMainQueue();
+  drain(*platform::current()->mainQueue);
   EXPECT_EQ(counter->changes, 0);
 }
 
@@ -174,4 +162,4 @@ TEST_F(PulseAudioTest, StartsAndStopsAtAnyMoment) {
 }
 
 }  // namespace
-}  // namespace lirvox
+}  // namespace lirvox::test

@@ -1,23 +1,14 @@
 // The life of a recognizer in virtual time: a capture every 5 seconds, and all that comes between.
 // LIRVOX_SOAK_CAPTURES sets its length (17280 make a day), LIRVOX_SOAK_SEED its course.
-#include <algorithm>
-#include <cstdlib>
 #include <deque>
-#include <filesystem>
 #include <iostream>
-#include <iterator>
-#include <random>
-#include <thread>
-#include <utility>
 
-#include <gtest/gtest.h>
 #include <malloc.h>
 
-#include "tests/ZipBytes.h"
 #include "tests/support/ControllerTest.h"
 #include "tests/support/LocalService.h"
 
-namespace lirvox {
+namespace lirvox::test {
 namespace {
 
 using namespace std::chrono_literals;
@@ -29,7 +20,6 @@ constexpr unsigned kUsualCaptures = 1440;
 #else
 constexpr unsigned kUsualCaptures = 320;
 #endif
-constexpr double kSecondsOfCapture = 1.5;
 
 unsigned setting(const char* name, unsigned usual) {
   const char* const value = std::getenv(name);
@@ -40,28 +30,24 @@ unsigned setting(const char* name, unsigned usual) {
 struct Holdings {
   const struct mallinfo2 heap = mallinfo2();
   const std::size_t bytes = heap.uordblks + heap.hblkhd;
-  const std::ptrdiff_t descriptors =
-      std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+  const std::ptrdiff_t descriptors = openDescriptors();
 };
 
 struct NoLog : platform::Log {
   void write(std::string_view) override {}
 };
 
-class Soak : public test::ControllerTest {
- protected:
+struct Soak : ControllerTest {
   Soak() {
     platform_.change(
         [](platform::Platform& services) { services.log = std::make_shared<NoLog>(); });
     script_->whenStopped = [this] { hasStopped(); };
-    ::setenv("LIRVOX_SERVICE_HOST_FOLDER", "service.example", 1);
     install();
-    database_ = test::readFile(live_);
-    downloaded_ = test::zipBytes(
-        {{.name = "home/service.example/www/tmp/db1.sqlite", .data = database_, .deflated = true}});
-    test::writeFile(local_, test::zipBytes({{"db1.sqlite", database_}}));
+    database_ = readFile(databasePath_);
+    downloaded_ = archiveOf(database_);
+    writeFile(local_, zipBytes({{"db1.sqlite", database_}}));
     lirvox_->setSession(service_);
-    lirvox_->setRecordingTime(kSecondsOfCapture);
+    lirvox_->setRecordingTime(1.5);  // 16538 samples
   }
   ~Soak() override {
     lirvox_->setSession(nullptr);
@@ -109,13 +95,10 @@ class Soak : public test::ControllerTest {
     script_->calls.clear();
     ASSERT_NO_FATAL_FAILURE(start());
     endsInterruptionWhileStopping_ = oneIn(8);
-    bool isWhole = true;
-    for (std::size_t at = 0; lirvox_->isRecording();) {
-      isWhole = isWhole && mayGoOn();
-      if (!lirvox_->isRecording()) break;
-      at += deliver(heard, at);
-    }
+    std::size_t at = 0;
+    for (; lirvox_->isRecording(); disturb()) at += deliver(heard, at);
     if (!lirvox_->stopNow()) {
+      const bool isWhole = at >= 16538;
       expected_.push_back(isWhole ? std::optional(kTracks[which]) : std::nullopt);
     }
     const auto taken = now() - begin;
@@ -138,38 +121,25 @@ class Soak : public test::ControllerTest {
     return size;
   }
 
-  // What may come between two deliveries. False when the capture has ended too early.
-  bool mayGoOn() {
-    switch (random_() % 400) {
-      case 0:
-        lirvox_->stopRecognize();
-        return false;
-      case 1:
-        lirvox_->setIsRecording(false);
-        return false;
-      case 2:
-        return interrupt();
-      case 3:
-        lirvox_->startRecognize();  // runs already
-        return true;
-      case 4:
-        update();
-        return true;
-      case 5:
-        EXPECT_EQ(lirvox_->updateDatabasePath(local_), true);
-        return true;
-      default:
-        return true;
-    }
+  // What may come between two deliveries.
+  void disturb() {
+    const std::function<void()> events[] = {
+        [this] { lirvox_->stopRecognize(); },
+        [this] { lirvox_->setIsRecording(false); },
+        [this] { interrupt(); },
+        [this] { lirvox_->startRecognize(); },
+        [this] { update(); },
+        [this] { EXPECT_TRUE(lirvox_->updateDatabasePath(local_)); },
+    };
+    const std::size_t event = random_() % 400;
+    if (lirvox_->isRecording() && event < std::size(events)) events[event]();
   }
 
-  bool interrupt() {
+  void interrupt() {
     const bool resumes = !oneIn(3);
     announceInterruption(resumes);
     EXPECT_EQ(isOn(), resumes);
-    if (resumes) return true;
-    oneIn(2) ? lirvox_->stopRecognize() : lirvox_->setIsRecording(false);
-    return false;
+    if (!resumes) oneIn(2) ? lirvox_->stopRecognize() : lirvox_->setIsRecording(false);
   }
 
   // An interruption may end at any time, on another thread: while a capture ends, too.
@@ -201,14 +171,13 @@ class Soak : public test::ControllerTest {
 
   std::minstd_rand random_{setting("LIRVOX_SOAK_SEED", 1)};
   bool endsInterruptionWhileStopping_ = false;
-  const std::vector<std::int32_t> unknown_ = test::makeTune(3, 5.0);
+  const std::vector<std::int32_t> unknown_ = makeTune(3, 5.0);
   const std::vector<const std::vector<std::int32_t>*> pieces_ = {&song_, &other_, &unknown_};
 
-  const std::filesystem::path live_ = platform_.folder.path("caches/lirvox/db1.sqlite");
   const std::filesystem::path local_ = platform_.folder.path("local.zip");
   std::string database_;
   std::string downloaded_;
-  const std::shared_ptr<test::LocalService> service_ = std::make_shared<test::LocalService>(
+  const std::shared_ptr<LocalService> service_ = std::make_shared<LocalService>(
       platform_.scheduler.queue(), platform_.folder.path("download"), 700ms);
 
   // Of captures that are still to be answered; none where either answer is right.
@@ -228,11 +197,11 @@ TEST_F(Soak, LosesNothingAndKeepsNothing) {
   const Holdings atLast;
   EXPECT_LE(atLast.bytes, atFirst.bytes + 4096);
   EXPECT_EQ(atLast.descriptors, atFirst.descriptors);
-  EXPECT_EQ(test::contents(platform_.folder.path("caches")),
-            (test::Files{{"lirvox/", ""}, {"lirvox/db1.sqlite", database_}}));
+  EXPECT_EQ(contents(platform_.folder.path("caches")),
+            (Files{{"lirvox/", ""}, {"lirvox/db1.sqlite", database_}}));
   std::cout << captures << " captures in " << (now() - begin) / 1h << " h, " << answeredUpdates_
             << " updates; bytes held " << atFirst.bytes << " and " << atLast.bytes << '\n';
 }
 
 }  // namespace
-}  // namespace lirvox
+}  // namespace lirvox::test

@@ -1,16 +1,6 @@
 // Task queues on real threads, and those of hosts with a loop of their own.
-#include <algorithm>
-#include <atomic>
-#include <future>
 #include <latch>
-#include <memory>
-#include <stdexcept>
-#include <string>
-#include <thread>
-#include <utility>
-#include <vector>
 
-#include <gtest/gtest.h>
 #include <signal.h>
 
 #include "lib/platform/HostTaskQueues.h"
@@ -22,15 +12,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Waits until all that `queue` was handed before has run.
-void drain(TaskQueue& queue) {
-  std::promise<void> reached;
-  queue.async([&] { reached.set_value(); });
-  reached.get_future().wait();
-}
+using test::drain;
 
-class SystemQueues : public testing::Test {
- protected:
+struct SystemQueues : testing::Test {
   test::TestPlatform platform_;  // for its log
   Platform system_ = systemPlatform();
   // The serial ones, and the concurrent one at the end.

@@ -1,18 +1,9 @@
 // Updates of the database through the recognizer, from a service that behaves or does not.
-#include <cstdlib>
-#include <memory>
-#include <mutex>
-#include <optional>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
 #include <sqlite3.h>
 
 #include "lib/Lirvox.h"
 #include "lib/platform/linux/CurlHttpSession.h"
 #include "tests/LoopbackServer.h"
-#include "tests/ZipBytes.h"
 #include "tests/support/FingerprintFile.h"
 #include "tests/support/LocalService.h"
 #include "tests/support/TestPlatform.h"
@@ -26,16 +17,14 @@ using std::chrono::milliseconds;
 using Answers = std::vector<bool>;
 using Manner = std::function<void(const Connection&)>;
 
-const std::string kInner = "home/service.example/www/tmp/db1.sqlite";
-
 Manner serve(int status, const std::string& body, const std::string& headers = "") {
   return [=](const Connection& connection) { connection.reply(status, body, headers); };
 }
 Manner send(const std::string& bytes) {
   return [=](const Connection& connection) { connection.send(bytes); };
 }
-class UpdateTest : public testing::Test {
- protected:
+
+struct UpdateTest : testing::Test {
   UpdateTest() {
     ::setenv("LIRVOX_SERVICE_HOST_FOLDER", "service.example", 1);
     ::setenv("LIRVOX_API_URL", server_.url().c_str(), 1);
@@ -49,22 +38,20 @@ class UpdateTest : public testing::Test {
 
   std::filesystem::path caches() const { return platform_.folder.path("caches"); }
   std::filesystem::path live() const { return caches() / "lirvox/db1.sqlite"; }
-  std::string goodReply(const std::string& dt) const {
-    return R"({"Result": "OK", "dt": ")" + dt + R"(", "url": ")" + server_.url("/archive") +
-           R"("})";
-  }
 
   // What the service does from now on: one generation and its archive.
-  void publish(const std::string& dt, Manner archive) {
-    publish(serve(200, goodReply(dt)), archive);
+  void publish(const std::string& dt, const Manner& archive) {
+    const std::string url = server_.url("/archive");
+    publish(serve(200, R"({"Result": "OK", "dt": ")" + dt + R"(", "url": ")" + url + R"("})"),
+            archive);
   }
-  void publish(Manner reply, Manner archive) {
-    const std::lock_guard lock(mutex_);
-    reply_ = std::move(reply);
-    archive_ = std::move(archive);
+  void publish(const Manner& reply, const Manner& archive) {
+    server_.setHandler([=](const std::string& target, const Connection& connection) {
+      (target == "/archive" ? archive : reply)(connection);
+    });
   }
   void publish(const std::string& dt, const std::string& database) {
-    publish(dt, serve(200, zipBytes({{.name = kInner, .data = database, .deflated = true}})));
+    publish(dt, serve(200, archiveOf(database)));
   }
 
   // Runs one update to its end, answered or not.
@@ -87,9 +74,7 @@ class UpdateTest : public testing::Test {
     });
     outcome_ = watch->wait(std::chrono::seconds(20));
     lirvox_->setSession(nullptr);
-    Event flushed;
-    queue_->async([&] { flushed.set(); });
-    EXPECT_TRUE(flushed.wait());
+    drain(*queue_);
     return answers;
   }
   bool installs(const std::string& archive) {
@@ -97,55 +82,39 @@ class UpdateTest : public testing::Test {
     return lirvox_->updateDatabasePath(platform_.folder.path("local.zip"));
   }
 
-  const Files old_ = {{"lirvox/", ""}, {"lirvox/db1.sqlite", "old"}};
+  static Files holding(const std::string& database) {
+    return {{"lirvox/", ""}, {"lirvox/db1.sqlite", database}};
+  }
+
   const std::shared_ptr<platform::TaskQueue> queue_ =
       platform::systemPlatform().makeSerialQueue("test");
   TestPlatform platform_;
   const std::shared_ptr<Lirvox> lirvox_ = Lirvox::sharedInstance();
   tools::UpdateOutcome outcome_;
   milliseconds timeout_{20'000};
-
- private:
-  std::mutex mutex_;
-  Manner reply_;    // guarded by mutex_
-  Manner archive_;  // guarded by mutex_
-
- protected:
-  LoopbackServer server_{[this](const std::string& target, const Connection& connection) {
-    Manner manner;
-    {
-      const std::lock_guard lock(mutex_);
-      manner = target == "/archive" ? archive_ : reply_;
-    }
-    manner(connection);
-  }};
+  LoopbackServer server_{nullptr};
 };
 
 TEST_F(UpdateTest, DownloadsUnlessTheStampIsTheStoredOneAndTheFileIsThere) {
-  const struct {
-    const char* what;
-    const char* dt;
-    const char* database;  // null: the download fails
-    bool removeFile;
-    bool downloads;
-    const char* live;
-  } steps[] = {
-      {"first", "g1", "one", true, true, "one"},
-      {"up to date", "g1", "", false, false, "one"},
-      {"file gone", "g1", "uno", true, true, "uno"},
-      {"new generation", "g2", "two", false, true, "two"},
-      {"failed", "g3", nullptr, false, true, "two"},
-      {"not tried again while an old file is there, as is meant", "g3", "", false, false, "two"},
-  };
-  for (const auto& step : steps) {
-    SCOPED_TRACE(step.what);
-    if (step.removeFile) std::filesystem::remove(live());
-    step.database ? publish(step.dt, step.database) : publish(step.dt, send(""));
+  // Without a database the download fails.
+  const std::tuple<const char*, const char*, const char*, bool, std::size_t, const char*> steps[] =
+      {
+          {"first", "g1", "one", true, 2, "one"},
+          {"up to date", "g1", "", false, 1, "one"},
+          {"file gone", "g1", "uno", true, 2, "uno"},
+          {"new generation", "g2", "two", false, 2, "two"},
+          {"failed", "g3", nullptr, false, 2, "two"},
+          {"not tried again while an old file is there, as is meant", "g3", "", false, 1, "two"},
+      };
+  for (const auto& [what, dt, database, removesFile, requests, left] : steps) {
+    SCOPED_TRACE(what);
+    if (removesFile) std::filesystem::remove(live());
+    database ? publish(dt, database) : publish(dt, send(""));
     const std::size_t before = server_.requests().size();
-    EXPECT_EQ(update(), step.database ? Answers{true} : Answers{});
-    EXPECT_EQ(server_.requests().size() - before, step.downloads ? 2U : 1U);
-    EXPECT_EQ(contents(caches()), (Files{{"lirvox/", ""}, {"lirvox/db1.sqlite", step.live}}));
-    EXPECT_EQ(lirvox_->dtDbGenerated(), step.dt);
+    EXPECT_EQ(update(), database ? Answers{true} : Answers{});
+    EXPECT_EQ(server_.requests().size() - before, requests);
+    EXPECT_EQ(contents(caches()), holding(left));
+    EXPECT_EQ(lirvox_->dtDbGenerated(), dt);
   }
   EXPECT_EQ(server_.requests().at(0).rfind("GET /api/last_db_generation.php?api_key=key&x=1 ", 0),
             0U);
@@ -171,11 +140,11 @@ TEST_F(UpdateTest, BadRepliesEndQuietlyAndStoreNothing) {
     EXPECT_EQ(outcome_.notes.size(), 1U) << "what the watch says itself";
   }
   EXPECT_EQ(lirvox_->dtDbGenerated(), std::nullopt);
-  EXPECT_EQ(contents(caches()), old_);
+  EXPECT_EQ(contents(caches()), holding("old"));
 }
 
 TEST_F(UpdateTest, MisbehavingServersChangeNothingButWhatIsKeptForInspection) {
-  const std::string archive = zipBytes({{kInner, "new"}});
+  const std::string cutArchive = archiveOf("new").substr(0, 60);
   const std::string elsewhere = zipBytes({{"elsewhere/db1.sqlite", "new"}});
   const Manner endless = [megabyte = std::string(1 << 20, 'x')](const Connection& connection) {
     connection.send("HTTP/1.1 200 OK\r\n\r\n");
@@ -203,7 +172,7 @@ TEST_F(UpdateTest, MisbehavingServersChangeNothingButWhatIsKeptForInspection) {
       {"500", serve(500, ""), {{"tmp.zip", ""}}},
       {"redirect loop", serve(302, "", "Location: /archive\r\n"), {}},
       {"no archive", serve(200, "text"), {{"tmp.zip", "text"}}},
-      {"cut archive", serve(200, archive.substr(0, 60)), {{"tmp.zip", archive.substr(0, 60)}}},
+      {"cut archive", serve(200, cutArchive), {{"tmp.zip", cutArchive}}},
       {"database elsewhere",
        serve(200, elsewhere),
        {{"tmp.zip", elsewhere}, {"elsewhere/", ""}, {"elsewhere/db1.sqlite", "new"}}},
@@ -215,12 +184,12 @@ TEST_F(UpdateTest, MisbehavingServersChangeNothingButWhatIsKeptForInspection) {
     if (test.hangs) timeout_ = milliseconds(400);
     publish(test.manner, test.manner);
     EXPECT_EQ(update(), Answers{});
-    EXPECT_EQ(contents(caches()), old_);
+    EXPECT_EQ(contents(caches()), holding("old"));
     EXPECT_EQ(lirvox_->dtDbGenerated(), stamp);
 
     publish(std::string("of ") + test.what, test.manner);
     EXPECT_EQ(update(), Answers{});
-    Files left = old_;
+    Files left = holding("old");
     left.insert(test.left.begin(), test.left.end());
     EXPECT_EQ(contents(caches()), left);
     EXPECT_EQ(lirvox_->dtDbGenerated(), std::string("of ") + test.what);
@@ -229,7 +198,7 @@ TEST_F(UpdateTest, MisbehavingServersChangeNothingButWhatIsKeptForInspection) {
     timeout_ = milliseconds(20'000);
     publish(std::string("after ") + test.what, "new");
     EXPECT_EQ(update(), Answers{true});
-    EXPECT_EQ(contents(caches()), (Files{{"lirvox/", ""}, {"lirvox/db1.sqlite", "new"}}));
+    EXPECT_EQ(contents(caches()), holding("new"));
   }
 }
 
@@ -251,7 +220,7 @@ TEST_F(UpdateTest, ADatabaseThatDoesNotOpenIsAnsweredWithNo) {
   EXPECT_EQ(update(), Answers{false});
   sqlite3_reset_auto_extension();
   EXPECT_EQ(outcome_.notes, std::vector<std::string>{"Failed to open database!"});
-  EXPECT_EQ(contents(caches()), (Files{{"lirvox/", ""}, {"lirvox/db1.sqlite", "new"}}));
+  EXPECT_EQ(contents(caches()), holding("new"));
 }
 
 TEST_F(UpdateTest, LocalArchivesHoldTheDatabaseAtTheirTop) {

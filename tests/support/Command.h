@@ -1,12 +1,11 @@
 // Programs, run as their users run them.
 #pragma once
 
-#include <array>
 #include <cstdio>
-#include <functional>
-#include <string>
 
 #include <sys/wait.h>
+
+#include "Test.h"
 
 namespace lirvox::test {
 

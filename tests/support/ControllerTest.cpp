@@ -4,7 +4,6 @@
 #include "lib/HistoryInfo.h"
 #include "lib/LirvoxMiniSpectogram.h"
 #include "lib/LirvoxRecognize.h"
-#include "lib/LirvoxSettings.h"
 #include "lib/LirvoxUtilities.h"
 #include "lib/ProcessingPass.h"
 #include "tests/support/FingerprintFile.h"
@@ -33,12 +32,11 @@ ControllerTest::ControllerTest() {
     };
   });
   lirvox_->setDelegate(delegate_);
-  lirvox_->setDatabase(std::make_shared<LirvoxDatabase>(LirvoxSettings::databasePath()));
+  lirvox_->setDatabase(std::make_shared<LirvoxDatabase>(databasePath_));
 }
 
 ControllerTest::~ControllerTest() {
-  lirvox_->stopRecognize();
-  platform_.scheduler.run();
+  cancel();
   lirvox_->setDelegate(nullptr);
   lirvox_->setDatabase(nullptr);
   lirvox_->setMicrophone(nullptr);
@@ -50,7 +48,7 @@ void ControllerTest::install() {
   std::vector<FingerprintRow> rows;
   for (const auto& [time, hash] : queryHashes(song_)) rows.push_back({7, time + 2000, hash});
   for (const auto& [time, hash] : queryHashes(other_)) rows.push_back({8, time + 3000, hash});
-  writeFingerprintFile(LirvoxSettings::databasePath(), rows);
+  writeFingerprintFile(databasePath_, rows);
 }
 
 void ControllerTest::start() {
@@ -63,11 +61,25 @@ void ControllerTest::deliver(const std::int32_t* words, std::size_t count) {
   lirvox_->hasAudioReceived(*lirvox_->microphone(), &channel, static_cast<std::uint32_t>(count), 1);
 }
 
-ControllerTest::Calls ControllerTest::outcomeOf(const std::vector<std::int32_t>& words) {
-  start();
+ControllerTest::Calls ControllerTest::outcomeAfter(const std::vector<std::int32_t>& words) {
   deliver(words);
   platform_.scheduler.run();
   return delegate_->takeCalls();
+}
+
+ControllerTest::Calls ControllerTest::outcomeOf(const std::vector<std::int32_t>& words) {
+  start();
+  return outcomeAfter(words);
+}
+
+void ControllerTest::cancel() {
+  lirvox_->stopRecognize();
+  platform_.scheduler.run();
+}
+
+void ControllerTest::bundleRecording(std::size_t bytes) const {
+  writeFile(platform_.folder.path("resources/soundLirvox.dat"),
+            {reinterpret_cast<const char*>(song_.data()), bytes});
 }
 
 std::string ControllerTest::unitLog() const {

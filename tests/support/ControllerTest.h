@@ -1,30 +1,21 @@
 // What tests of the controller start from.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <memory>
-#include <optional>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "RecordedDelegate.h"
 #include "ScriptedAudio.h"
 #include "TestPlatform.h"
 #include "Tune.h"
 #include "lib/Lirvox.h"
+#include "lib/LirvoxSettings.h"
 
 namespace lirvox::test {
 
 /// Samples of a capture of 5 s.
-constexpr std::size_t kSamplesOfCapture = 55125;
+constexpr std::size_t kLimit = 55125;
 
 /// The shared controller with a delegate, a store and a scripted input, in virtual time. Each test
 /// leaves the controller idle and unset.
-class ControllerTest : public testing::Test {
- protected:
+struct ControllerTest : testing::Test {
   using Calls = std::vector<RecordedDelegate::Call>;
 
   ControllerTest();
@@ -38,8 +29,14 @@ class ControllerTest : public testing::Test {
   /// Delivers samples as the microphone does.
   void deliver(const std::int32_t* words, std::size_t count);
   void deliver(const std::vector<std::int32_t>& words) { deliver(words.data(), words.size()); }
+  /// What the delegate is told once the capture that runs hears this, too.
+  Calls outcomeAfter(const std::vector<std::int32_t>& words);
   /// What the delegate is told of a capture that hears just this.
   Calls outcomeOf(const std::vector<std::int32_t>& words);
+  /// Cancels what runs.
+  void cancel();
+  /// Bundles a recording of the beginning of `song_`.
+  void bundleRecording(std::size_t bytes) const;
   /// "start " and "stop " for every time the input was told so.
   std::string unitLog() const;
   /// Runs tasks up to the one that ends the capture.
@@ -51,6 +48,8 @@ class ControllerTest : public testing::Test {
   }
 
   TestPlatform platform_;
+  /// Where the installed database is.
+  const std::string databasePath_ = LirvoxSettings::databasePath();
   /// What the input is told; it delivers nothing by itself.
   const std::shared_ptr<AudioScript> script_ = std::make_shared<AudioScript>();
   const std::vector<std::int32_t> song_ = makeTune(1, 5.0);

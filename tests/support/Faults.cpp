@@ -1,14 +1,6 @@
 // Requests to the system that fail, one after the other.
 #include "tests/support/Faults.h"
 
-#include <atomic>
-#include <filesystem>
-#include <iterator>
-#include <string>
-#include <utility>
-
-#include <gtest/gtest.h>
-
 namespace lirvox::test {
 namespace {
 
@@ -19,11 +11,11 @@ std::atomic<int> afterwards{0};
 // Whether this is the thread on which `failEach` runs.
 thread_local bool counts = false;
 
+}  // namespace
+
 std::ptrdiff_t openDescriptors() {
   return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }
-
-}  // namespace
 
 bool faultIsDue() noexcept {
   return counts && faultOfAnyThreadIsDue();

@@ -1,8 +1,9 @@
 // Requests to the system that fail, one after the other.
 #pragma once
 
-#include <functional>
 #include <ostream>
+
+#include "Test.h"
 
 namespace lirvox::test {
 
@@ -30,6 +31,9 @@ class FaultsPaused {
  private:
   const bool counts_;
 };
+
+/// How many descriptors this process has open.
+std::ptrdiff_t openDescriptors();
 
 /// Runs `operation` again and again, with its first request failing, then its second, and
 /// so on until it gets through. `check` runs after each. No descriptor may stay open.

@@ -1,25 +1,30 @@
 // A recognition service without a network.
 #pragma once
 
-#include <filesystem>
-#include <memory>
-#include <mutex>
-#include <string>
-#include <utility>
-
 #include "Faults.h"
 #include "TemporaryFolder.h"
 #include "lib/platform/HttpSession.h"
 #include "lib/platform/TaskQueue.h"
+#include "tests/ZipBytes.h"
 
 namespace lirvox::test {
+
+/// Where archives of a service that makes them at service.example have the database.
+inline const std::string kInner = "home/service.example/www/tmp/db1.sqlite";
+
+/// Such an archive.
+inline std::string archiveOf(const std::string& database) {
+  return zipBytes({{.name = kInner, .data = database, .deflated = true}});
+}
 
 /// Publishes one generation and its archive. Answers come on `queue`, each after `delay`.
 class LocalService : public platform::HttpSession {
  public:
   LocalService(std::shared_ptr<platform::TaskQueue> queue, std::filesystem::path download,
                std::chrono::nanoseconds delay = {})
-      : queue_(std::move(queue)), download_(std::move(download)), delay_(delay) {}
+      : queue_(std::move(queue)), download_(std::move(download)), delay_(delay) {
+    ::setenv("LIRVOX_SERVICE_HOST_FOLDER", "service.example", 1);
+  }
 
   /// What the service does from now on; an empty `archive` stands for a failing download.
   void publish(const std::string& dt, const std::string& archive) {

@@ -1,12 +1,6 @@
 // What tests of the program start from: a folder with music, in which it runs.
 #pragma once
 
-#include <filesystem>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "tests/support/Command.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/Tune.h"

@@ -1,11 +1,7 @@
 // A stream of samples to convert, and a converter's input callback that serves it.
 #pragma once
 
-#include <algorithm>
-#include <cstdint>
-#include <functional>
-#include <vector>
-
+#include "Test.h"
 #include "lib/platform/Platform.h"
 
 namespace lirvox::test {

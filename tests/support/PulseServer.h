@@ -1,13 +1,6 @@
 // A PulseAudio server of the test's own, with null sinks and no hardware.
 #pragma once
 
-#include <cstdint>
-#include <cstdlib>
-#include <filesystem>
-#include <string>
-#include <utility>
-#include <vector>
-
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>

@@ -1,12 +1,6 @@
 // A delegate that tests can ask.
 #pragma once
 
-#include <condition_variable>
-#include <cstdint>
-#include <mutex>
-#include <utility>
-#include <vector>
-
 #include "Faults.h"
 #include "lib/LirvoxDelegate.h"
 

@@ -1,12 +1,6 @@
 // A log that tests can read.
 #pragma once
 
-#include <algorithm>
-#include <mutex>
-#include <string>
-#include <string_view>
-#include <vector>
-
 #include "Faults.h"
 #include "lib/platform/Log.h"
 

@@ -1,14 +1,6 @@
 // An audio unit whose behaviour a test writes down.
 #pragma once
 
-#include <cstring>
-#include <functional>
-#include <map>
-#include <memory>
-#include <string>
-#include <utility>
-#include <vector>
-
 #include "lib/platform/Platform.h"
 #include "tests/support/Faults.h"
 

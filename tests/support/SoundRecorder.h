@@ -1,15 +1,7 @@
 // A microphone's delegate that keeps all it is told.
 #pragma once
 
-#include <chrono>
-#include <condition_variable>
-#include <cstdint>
-#include <functional>
-#include <mutex>
-#include <string>
-#include <utility>
-#include <vector>
-
+#include "Test.h"
 #include "lib/audio/LirvoxMicrophone.h"
 
 namespace lirvox::test {

@@ -1,13 +1,9 @@
 // What SQLite does on connections that others open.
 #pragma once
 
-#include <functional>
-#include <mutex>
-#include <string>
-#include <utility>
-#include <vector>
-
 #include <sqlite3.h>
+
+#include "Test.h"
 
 namespace lirvox::test {
 
@@ -22,8 +18,6 @@ class SqlTrace {
     sqlite3_auto_extension(reinterpret_cast<void (*)()>(&SqlTrace::opened));
   }
   ~SqlTrace() { sqlite3_reset_auto_extension(); }
-  SqlTrace(const SqlTrace&) = delete;
-  SqlTrace& operator=(const SqlTrace&) = delete;
 
   /// The statements that have run so far, which are then forgotten.
   std::vector<std::string> takeStatements() {

@@ -1,12 +1,16 @@
 // A platform for tests.
 #include "tests/support/TestPlatform.h"
 
-#include <string>
-#include <utility>
-
 #include "lib/platform/linux/JsonUserDefaults.h"
 
 namespace lirvox::test {
+
+void drain(platform::TaskQueue& queue) {
+  std::promise<void> reached;
+  queue.async([&] { reached.set_value(); });
+  reached.get_future().wait();
+}
+
 TestPlatform::TestPlatform() : previous_(platform::current()) {
   platform::Platform services = platform::systemPlatform("lirvox-test");
   services.mainQueue = services.globalQueue = scheduler.queue();

@@ -1,8 +1,6 @@
 // A platform for tests.
 #pragma once
 
-#include <memory>
-
 #include "RecordedLog.h"
 #include "TemporaryFolder.h"
 #include "VirtualScheduler.h"
@@ -10,14 +8,15 @@
 
 namespace lirvox::test {
 
+/// Waits until all that `queue` was handed before has run.
+void drain(platform::TaskQueue& queue);
+
 /// While it lives, the installed platform: queues and clock in virtual time, a log
 /// that is kept, folders of its own. What is not named here is the system's.
 class TestPlatform {
  public:
   TestPlatform();
   ~TestPlatform();
-  TestPlatform(const TestPlatform&) = delete;
-  TestPlatform& operator=(const TestPlatform&) = delete;
 
   /// Replaces services: `change` gets the installed ones and alters what it likes.
   void change(const std::function<void(platform::Platform&)>& change);

@@ -1,24 +1,12 @@
 // Music and noise that tests make themselves.
 #include "tests/support/Tune.h"
 
-#include <fstream>
-#include <random>
-
 #include "bench/ChipTune.h"
+#include "tests/ZipBytes.h"
 
 namespace lirvox::test {
-namespace {
 
 constexpr std::uint32_t kRate = 11025;
-
-template <typename Integer>
-void put(std::ofstream& file, Integer value) {
-  for (std::size_t byte = 0; byte < sizeof value; ++byte) {
-    file.put(static_cast<char>(static_cast<std::uint64_t>(value) >> (8 * byte)));
-  }
-}
-
-}  // namespace
 
 std::vector<std::int32_t> makeTune(unsigned seed, double seconds) {
   return bench::chipTune(seed, static_cast<std::size_t>(seconds * kRate));
@@ -34,19 +22,10 @@ std::vector<float> noise(std::size_t count, std::uint32_t seed) {
 void writeWav(const std::string& path, const std::vector<std::int32_t>& samples) {
   const auto bytes = static_cast<std::uint32_t>(samples.size() * 2);
   std::ofstream file(path, std::ios::binary);
-  file << "RIFF";
-  put(file, bytes + 36);
-  file << "WAVEfmt ";
-  put(file, std::uint32_t{16});
-  put(file, std::uint16_t{1});
-  put(file, std::uint16_t{1});
-  put(file, kRate);
-  put(file, 2 * kRate);
-  put(file, std::uint16_t{2});
-  put(file, std::uint16_t{16});
-  file << "data";
-  put(file, bytes);
-  for (const std::int32_t sample : samples) put(file, static_cast<std::uint16_t>(sample));
+  file << "RIFF" << number(bytes + 36, 4) << "WAVEfmt " << number(16, 4) << number(1, 2)
+       << number(1, 2) << number(kRate, 4) << number(2 * kRate, 4) << number(2, 2) << number(16, 2)
+       << "data" << number(bytes, 4);
+  for (const std::int32_t sample : samples) file << number(static_cast<std::uint16_t>(sample), 2);
 }
 
 void writeRecording(const std::string& path, const std::vector<std::int32_t>& samples) {

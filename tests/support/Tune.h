@@ -1,9 +1,7 @@
 // Music and noise that tests make themselves.
 #pragma once
 
-#include <cstdint>
-#include <string>
-#include <vector>
+#include "Test.h"
 
 namespace lirvox::test {
 

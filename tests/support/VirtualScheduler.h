@@ -1,15 +1,6 @@
 // Task queues and a clock in virtual time.
 #pragma once
 
-#include <algorithm>
-#include <atomic>
-#include <chrono>
-#include <cstdint>
-#include <map>
-#include <memory>
-#include <mutex>
-#include <utility>
-
 #include "Faults.h"
 #include "lib/platform/Clock.h"
 #include "lib/platform/RunTask.h"
@@ -20,30 +11,22 @@ namespace lirvox::test {
 class VirtualWaker : public platform::Waker {
  public:
   VirtualWaker(std::weak_ptr<platform::TaskQueue> queue, platform::Task task)
-      : queue_(std::move(queue)), wakeUp_(std::make_shared<WakeUp>()) {
-    wakeUp_->task = std::move(task);
-  }
+      : queue_(std::move(queue)), task_(std::make_shared<platform::Task>(std::move(task))) {}
 
   void wake() noexcept override {
     const auto queue = queue_.lock();
-    if (!queue || wakeUp_->pending.exchange(true)) return;
+    if (!queue || pending_->exchange(true)) return;
     const FaultsPaused real;  // wakers take no memory
-    queue->async([weak = std::weak_ptr(wakeUp_)] {
-      const auto wakeUp = weak.lock();
-      if (!wakeUp) return;
-      wakeUp->pending = false;
-      wakeUp->task();
+    queue->async([weak = std::weak_ptr(task_), pending = pending_] {
+      *pending = false;
+      if (const auto task = weak.lock()) (*task)();
     });
   }
 
  private:
-  struct WakeUp {
-    platform::Task task;
-    std::atomic<bool> pending{false};
-  };
-
   const std::weak_ptr<platform::TaskQueue> queue_;
-  const std::shared_ptr<WakeUp> wakeUp_;
+  const std::shared_ptr<platform::Task> task_;
+  const std::shared_ptr<std::atomic<bool>> pending_ = std::make_shared<std::atomic<bool>>(false);
 };
 
 /// Runs tasks in the order of their times, equal times in the order in which they were handed over.

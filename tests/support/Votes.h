@@ -1,11 +1,7 @@
 // Passes that are written down as the votes of their tracks.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <numeric>
-#include <vector>
-
+#include "Test.h"
 #include "lib/Hits.h"
 #include "lib/HitsByTrack.h"
 
