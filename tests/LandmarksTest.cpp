@@ -1,16 +1,10 @@
 // From spectrograms to hashes, stage by stage.
-#include <algorithm>
-#include <cmath>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "lib/Filter.h"
 #include "lib/LirvoxUtilities.h"
 #include "lib/PeakPicking.h"
 #include "tests/support/Tune.h"
 
-namespace lirvox {
+namespace lirvox::test {
 namespace {
 
 using Values = std::vector<double>;
@@ -80,12 +74,7 @@ TEST(TakeLogarithm, SpansAMillionAndRemovesTheMean) {
 TEST(PickPeaks, FollowsTheMaskingThreshold) {
   // Of a peak of 1 one frame ago, exp(-0.5) times the decay is left 30 bins away.
   constexpr double kLeft = 0.6035781;
-  struct Case {
-    const char* what;
-    std::vector<Value> values;
-    std::vector<Peak> peaks;
-  };
-  const std::vector<Case> cases = {
+  const std::tuple<const char*, std::vector<Value>, std::vector<Peak>> cases[] = {
       {"nothing", {}, {}},
       {"the outermost bins", {{20, 0, 1}, {20, 255, 1}}, {{20, 0}, {20, 255}}},
       {"the bin beyond them", {{20, 256, 1}}, {}},
@@ -105,7 +94,9 @@ TEST(PickPeaks, FollowsTheMaskingThreshold) {
       {"the eleventh does not", {{2, 99, 0.9}, {10, 99, 1}}, {{2, 99}, {10, 99}}},
       {"values below zero mask nothing", {{0, 99, -1}, {20, 99, 1e-9}, {20, 120, -1}}, {{20, 99}}},
   };
-  for (const Case& c : cases) EXPECT_EQ(pickPeaks(spectrogram(24, c.values)), c.peaks) << c.what;
+  for (const auto& [what, values, peaks] : cases) {
+    EXPECT_EQ(pickPeaks(spectrogram(24, values)), peaks) << what;
+  }
 }
 
 TEST(PickPeaks, AcceptsTheFiveStrongestOfAFrame) {
@@ -121,29 +112,12 @@ TEST(PickPeaks, AcceptsTheFiveStrongestOfAFrame) {
             (std::vector<Peak>{{15, 20}, {15, 24}, {15, 28}, {15, 32}, {15, 36}}));
 }
 
-TEST(FindPeaks, IsBlindToScale) {
-  Spectrogram power = spectrogram(60, {});
-  const std::vector<float> values = test::noise(power.values().size());
-  std::transform(values.begin(), values.end(), power.values().begin(),
-                 [](float v) { return static_cast<double>(v * v); });
-  Spectrogram louder = power;
-  for (double& value : louder.values()) value *= 4096.0;
-  const std::vector<Peak> peaks = findPeaks(power);
-  EXPECT_GT(peaks.size(), 60U);
-  EXPECT_EQ(findPeaks(louder), peaks);
-}
-
 std::vector<Landmark> pair(const std::vector<Peak>& peaks) {
   return LirvoxUtilities::peaks2landmarks(peaks.data(), static_cast<std::int32_t>(peaks.size()));
 }
 
 TEST(Peaks2landmarks, PairsAnchorsWithLaterPeaksNearby) {
-  struct Case {
-    const char* what;
-    std::vector<Peak> peaks;
-    std::vector<Landmark> landmarks;
-  };
-  const std::vector<Case> cases = {
+  const std::tuple<const char*, std::vector<Peak>, std::vector<Landmark>> cases[] = {
       {"no peaks", {}, {}},
       {"one peak", {{0, 10}}, {}},
       {"30 bins up", {{0, 10}, {2, 40}}, {{0, 10, 40, 2}}},
@@ -164,17 +138,13 @@ TEST(Peaks2landmarks, PairsAnchorsWithLaterPeaksNearby) {
        {{8, 3}, {8, 4}, {10, 5}},
        {{8, 3, 5, 2}, {8, 4, 5, 2}}},
   };
-  for (const Case& c : cases) EXPECT_EQ(pair(c.peaks), c.landmarks) << c.what;
+  for (const auto& [what, peaks, found] : cases) EXPECT_EQ(pair(peaks), found) << what;
   const Peak peak{0, 10};
   EXPECT_TRUE(LirvoxUtilities::peaks2landmarks(&peak, -1).empty());
 }
 
 TEST(Landmarks2hashes, FoldsBinsAndDistancesIntoTwentyBits) {
-  struct Case {
-    Landmark landmark;
-    QueryHash hash;
-  };
-  const std::vector<Case> cases = {
+  const std::pair<Landmark, QueryHash> cases[] = {
       {{0, 10, 40, 2}, {0, 42882}},
       {{7, 0, 0, 2}, {7, 0x00002}},
       {{9, 1, 0, 5}, {9, 0x01FC5}},    // -1 is 63
@@ -189,4 +159,4 @@ TEST(Landmarks2hashes, FoldsBinsAndDistancesIntoTwentyBits) {
 }
 
 }  // namespace
-}  // namespace lirvox
+}  // namespace lirvox::test

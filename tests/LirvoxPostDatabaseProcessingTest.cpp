@@ -1,22 +1,16 @@
 // From the store's answer to the delegate.
-#include <memory>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "lib/Lirvox.h"
 #include "lib/LirvoxPostDatabaseProcessing.h"
 #include "tests/support/RecordedDelegate.h"
 #include "tests/support/TestPlatform.h"
 
-namespace lirvox {
+namespace lirvox::test {
 namespace {
 
 using namespace std::chrono_literals;
-using Calls = std::vector<test::RecordedDelegate::Call>;
+using Calls = std::vector<RecordedDelegate::Call>;
 
-class Delivery : public testing::Test {
- protected:
+struct Delivery : testing::Test {
   Delivery() {
     lirvox_->setDelegate(delegate_);
     lirvox_->setMinimumFindedCnt(0);
@@ -35,10 +29,9 @@ class Delivery : public testing::Test {
         &rows, std::vector<QueryHash>(static_cast<std::size_t>(votes), {7, 9}));
   }
 
-  test::TestPlatform platform_;
+  TestPlatform platform_;
   const std::shared_ptr<Lirvox> lirvox_ = Lirvox::sharedInstance();
-  const std::shared_ptr<test::RecordedDelegate> delegate_ =
-      std::make_shared<test::RecordedDelegate>();
+  const std::shared_ptr<RecordedDelegate> delegate_ = std::make_shared<RecordedDelegate>();
 };
 
 TEST_F(Delivery, ComputesOffsetsInSinglePrecision) {
@@ -58,26 +51,19 @@ TEST_F(Delivery, ComputesOffsetsInSinglePrecision) {
   EXPECT_EQ(delegate_->calls().back(), (Calls::value_type{5, 23.2199554F, -3576.78004F}));
 }
 
-TEST_F(Delivery, CannotTellTrackZeroFromNothing) {
-  deliver(0, 100);
-  LirvoxPostDatabaseProcessing::deliver(std::nullopt);
-  EXPECT_EQ(delegate_->calls(), (Calls{{}, {}}));
-}
-
-TEST_F(Delivery, CallsNobodyWithoutADelegate) {
-  lirvox_->setDelegate(nullptr);
-  deliver(1, 0);
-  LirvoxPostDatabaseProcessing::deliver(std::nullopt);
-  EXPECT_EQ(delegate_->calls(), Calls());
+TEST_F(Delivery, CannotTellTrackZeroFromNothingAndCallsNobodyWithoutADelegate) {
+  for (const auto& delegate : {delegate_, std::shared_ptr<RecordedDelegate>()}) {
+    lirvox_->setDelegate(delegate);
+    deliver(0, 100);
+    LirvoxPostDatabaseProcessing::deliver(std::nullopt);
+    EXPECT_EQ(delegate_->calls(), (Calls{{}, {}}));
+  }
 }
 
 TEST_F(Delivery, WantsMoreVotesThanTheMinimum) {
-  const struct {
-    std::int32_t minimum;  // 0 is the default of 30
-    std::int32_t votes;
-    bool recognized;
-  } cases[] = {{0, 0, false}, {0, 30, false}, {0, 31, true},
-               {5, 5, false}, {5, 6, true},   {1, 4, false}};
+  // A minimum of 0 is the default of 30.
+  const std::tuple<std::int32_t, std::int32_t, bool> cases[] = {
+      {0, 0, false}, {0, 30, false}, {0, 31, true}, {5, 5, false}, {5, 6, true}, {1, 4, false}};
   for (const auto& [minimum, votes, recognized] : cases) {
     lirvox_->setMinimumFindedCnt(minimum);
     process(votes);
@@ -104,7 +90,7 @@ TEST_F(Delivery, SaysWhenADatabaseHasTooManyRowsForWhatWasHeard) {
 TEST_F(Delivery, ReadsDelegateAndStartWhenTheMainQueueGetsToIt) {
   process(31);
   EXPECT_EQ(delegate_->calls(), Calls());
-  const auto other = std::make_shared<test::RecordedDelegate>();
+  const auto other = std::make_shared<RecordedDelegate>();
   lirvox_->setDelegate(other);
   lirvox_->setTimeStartListening(platform_.scheduler.clock()->now() - 4s);
   platform_.scheduler.run();
@@ -113,4 +99,4 @@ TEST_F(Delivery, ReadsDelegateAndStartWhenTheMainQueueGetsToIt) {
 }
 
 }  // namespace
-}  // namespace lirvox
+}  // namespace lirvox::test

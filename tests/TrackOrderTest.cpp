@@ -1,21 +1,12 @@
 // The order of the tracks: it shows the vote the track that is heard, and only that.
-#include <algorithm>
-#include <random>
-
-#include <gtest/gtest.h>
-
 #include "lib/LeaderPlans.h"
 #include "lib/SilencePlans.h"
 #include "lib/TrackOrder.h"
 #include "lib/Vote.h"
 #include "tests/support/Votes.h"
 
-namespace lirvox {
+namespace lirvox::test {
 namespace {
-
-using test::firstHitFirst;
-using test::passOf;
-using test::Votes;
 
 constexpr std::int32_t kMinimum = 30;
 
@@ -25,10 +16,17 @@ std::int32_t answer(const HitsByTrack& hits, const std::vector<std::size_t>& ord
   return result ? result->result_id.intValue() : 0;
 }
 
-std::vector<Votes> copies(int count, std::int32_t votes) {
+// Tracks whose ids follow each other, with as many votes each as the first, `step` offsets apart.
+std::vector<Votes> tracks(int count, const Votes& first, std::int32_t step) {
   std::vector<Votes> all;
-  for (std::int32_t id = 1; id <= count; ++id) all.push_back({id, 100 * id, votes});
+  for (std::int32_t i = 0; i < count; ++i) {
+    all.push_back({first.track + i, first.offset + step * i, first.count});
+  }
   return all;
+}
+
+std::vector<Votes> copies(int count, std::int32_t votes) {
+  return tracks(count, {1, 100, votes}, 100);
 }
 
 std::vector<Votes> operator+(std::vector<Votes> a, const std::vector<Votes>& b) {
@@ -37,28 +35,20 @@ std::vector<Votes> operator+(std::vector<Votes> a, const std::vector<Votes>& b) 
 }
 
 std::vector<Votes> noise(int count) {
-  std::vector<Votes> all;
-  for (std::int32_t i = 0; i < count; ++i) all.push_back({1000 + i, 10000 + 10 * i, 7});
-  return all;
+  return tracks(count, {1000, 10000, 7}, 10);
 }
 
 // Tracks with a vote each at one place.
 std::vector<Votes> crowd(int count, std::int32_t offset) {
-  std::vector<Votes> all;
-  for (std::int32_t i = 0; i < count; ++i) all.push_back({100 * offset + i, offset, 1});
-  return all;
+  return tracks(count, {100 * offset, offset, 1}, 0);
 }
 
 // Two votes in the window of the first of the copies.
 const std::vector<Votes> hiderOfFirst = {{999, 100, 2}};
 
 TEST(TrackOrder, MakesTheVoteAnswerRight) {
-  const struct {
-    const char* what;
-    std::vector<Votes> votes;
-    std::int32_t firstHitAnswer;
-    std::int32_t chosenAnswer;
-  } cases[] = {
+  // With the answers of the order of the first hits and of the order that is chosen.
+  const std::tuple<const char*, std::vector<Votes>, std::int32_t, std::int32_t> cases[] = {
       {"no tracks", {}, 0, 0},
       {"a count at the minimum", {{1, 10, 30}}, 0, 0},
       {"a count above the minimum", {{1, 10, 31}}, 1, 1},
@@ -176,4 +166,4 @@ TEST(TrackOrder, TakesBoundedWorkWhereNoOrderServes) {
 }
 
 }  // namespace
-}  // namespace lirvox
+}  // namespace lirvox::test

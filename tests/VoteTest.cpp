@@ -1,18 +1,9 @@
 // Rows and query hashes to hits, and the vote over their offsets, worked out by hand.
-#include <array>
-#include <limits>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "lib/Vote.h"
 #include "tests/support/Votes.h"
 
-namespace lirvox {
+namespace lirvox::test {
 namespace {
-
-using test::passOf;
-using test::Votes;
 
 constexpr std::int32_t kMax = std::numeric_limits<std::int32_t>::max();
 constexpr std::int32_t kMin = std::numeric_limits<std::int32_t>::min();
@@ -22,14 +13,9 @@ LirvoxDBRow row(std::int32_t track, std::int32_t time, std::int32_t hash) {
 }
 
 TEST(FormHits, FormsOneHitPerQueryHashAndRowInOrder) {
-  struct Case {
-    const char* what;
-    std::vector<LirvoxDBRow> rows;
-    std::vector<QueryHash> hashes;
-    std::vector<std::array<std::int32_t, 4>> hits;  // track, time, hash, time in query
-    std::int32_t minimumOffset;
-  };
-  const std::vector<Case> cases = {
+  using Rows = std::vector<LirvoxDBRow>;
+  using Hits = std::vector<std::array<std::int32_t, 4>>;  // track, time, hash, time in query
+  const std::tuple<const char*, Rows, std::vector<QueryHash>, Hits, std::int32_t> cases[] = {
       {"nothing", {}, {{3, 4}}, {}, kMax},
       {"two times", {row(3, 20, 8)}, {{5, 8}, {9, 8}}, {{3, 4, 8, 5}, {3, 0, 8, 9}}, 11},
       {"a row before the query, an unknown hash",
@@ -45,16 +31,16 @@ TEST(FormHits, FormsOneHitPerQueryHashAndRowInOrder) {
       {"the ends of the range", {row(kMin, kMax, 8)}, {{0, 8}}, {{kMin, 0, 8, 0}}, kMax},
       {"an offset that wraps around", {row(1, kMin, 8)}, {{1, 8}}, {{1, 0, 8, 1}}, kMax},
   };
-  for (const Case& c : cases) {
-    const LirvoxRowMap map(c.rows);
-    const PassHits pass = formHits(&map, c.hashes);
-    std::vector<std::array<std::int32_t, 4>> hits;
+  for (const auto& [what, rows, hashes, expected, minimumOffset] : cases) {
+    const LirvoxRowMap map(rows);
+    const PassHits pass = formHits(&map, hashes);
+    Hits hits;
     for (const LirvoxHit& hit : pass.hits) {
       hits.push_back({hit.hit_id.intValue(), hit.hit_time.intValue(), hit.hit_hash.intValue(),
                       hit.hit_time_in_query.intValue()});
     }
-    EXPECT_EQ(hits, c.hits) << c.what;
-    EXPECT_EQ(pass.minimumOffset, c.minimumOffset) << c.what;
+    EXPECT_EQ(hits, expected) << what;
+    EXPECT_EQ(pass.minimumOffset, minimumOffset) << what;
   }
 }
 
@@ -96,7 +82,7 @@ using Candidate = std::array<std::int32_t, 4>;  // id, count, time, value
 std::vector<Candidate> candidatesOf(const std::vector<Votes>& votes) {
   const HitsByTrack hits(passOf(votes));
   std::vector<Candidate> candidates;
-  for (const LirvoxResult& result : vote(hits, test::firstHitFirst(hits)).candidates) {
+  for (const LirvoxResult& result : vote(hits, firstHitFirst(hits)).candidates) {
     candidates.push_back({result.result_id.intValue(), result.result_count.intValue(),
                           result.result_time.intValue(), result.result_value.intValue()});
   }
@@ -104,12 +90,7 @@ std::vector<Candidate> candidatesOf(const std::vector<Votes>& votes) {
 }
 
 TEST(Vote, PlacesItsWindowAtThePeakOfAllTracks) {
-  struct Case {
-    const char* what;
-    std::vector<Votes> votes;
-    std::vector<Candidate> candidates;
-  };
-  const std::vector<Case> cases = {
+  const std::tuple<const char*, std::vector<Votes>, std::vector<Candidate>> cases[] = {
       {"nothing", {}, {}},
       {"four votes do not make a peak", {{1, 50, 4}, {1, 60, 4}}, {}},
       {"five do", {{1, 50, 5}}, {{1, 5, 50, 5}}},
@@ -134,7 +115,7 @@ TEST(Vote, PlacesItsWindowAtThePeakOfAllTracks) {
        {{1, 20, 6}, {1, 21, 5}, {2, 21, 3}},
        {{1, 6, 20, 11}, {2, 8, 21, 3}}},
   };
-  for (const Case& c : cases) EXPECT_EQ(candidatesOf(c.votes), c.candidates) << c.what;
+  for (const auto& [what, votes, found] : cases) EXPECT_EQ(candidatesOf(votes), found) << what;
 }
 
 TEST(Vote, FindsTheSameFarApart) {
@@ -168,12 +149,8 @@ TEST(Vote, VisitsTheTracksInTheOrderGiven) {
 }
 
 TEST(ChooseResult, ComparesCountsAsTextAndWithTheMinimumAsNumbers) {
-  struct Case {
-    std::vector<std::int32_t> counts;
-    std::int32_t minimum;
-    std::int32_t chosen;  // index, -1 for none
-  };
-  const std::vector<Case> cases = {
+  // With the index of the chosen one, -1 for none.
+  const std::tuple<std::vector<std::int32_t>, std::int32_t, std::int32_t> cases[] = {
       {{}, 0, -1},           {{9, 120}, 5, 0},   {{120, 9}, 30, -1},
       {{30}, 30, -1},        {{31}, 30, 0},      {{100, 31, 4}, 3, 2},
       {{45, 45, 44}, 30, 0}, {{177, 2}, 30, -1}, {{35, 350, 34}, 30, 1},
@@ -191,4 +168,4 @@ TEST(ChooseResult, ComparesCountsAsTextAndWithTheMinimumAsNumbers) {
 }
 
 }  // namespace
-}  // namespace lirvox
+}  // namespace lirvox::test
