@@ -1,20 +1,12 @@
 // The system's converter between linear PCM formats, and the capture path's use of it.
-#include <cmath>
-#include <limits>
 #include <numbers>
-#include <random>
-
-#include <gtest/gtest.h>
 
 #include "lib/audio/LirvoxAudioFloatConverter.h"
 #include "lib/audio/LirvoxAudioUtilities.h"
 #include "tests/support/PcmStream.h"
 
-namespace lirvox {
+namespace lirvox::test {
 namespace {
-
-using test::pcm;
-using test::PcmStream;
 
 constexpr std::uint32_t integers = 4;
 constexpr std::uint32_t floats = 1;
@@ -166,4 +158,4 @@ TEST(FloatConverterDeathTest, EndsTheProcessWhenThereIsNoConverter) {
 }
 
 }  // namespace
-}  // namespace lirvox
+}  // namespace lirvox::test

@@ -1,23 +1,16 @@
 // The unit that delivers from memory, on its own thread, with a microphone on top.
-#include <algorithm>
-#include <future>
-#include <numeric>
-#include <thread>
-
-#include <gtest/gtest.h>
 #include <signal.h>
 
 #include "lib/platform/MemoryAudioUnit.h"
 #include "tests/support/SoundRecorder.h"
 
-namespace lirvox {
+namespace lirvox::test {
 namespace {
 
 using platform::MemoryAudioUnit;
 using Sizes = std::vector<std::uint32_t>;
 
-class MemoryAudioUnitTest : public testing::Test {
- protected:
+struct MemoryAudioUnitTest : testing::Test {
   std::shared_ptr<LirvoxMicrophone> microphoneOf(const Sizes& sizes) {
     platform::Platform installed = platform::systemPlatform();
     installed.makeInputUnit = [this, sizes](platform::AudioStatus&) {
@@ -32,12 +25,12 @@ class MemoryAudioUnitTest : public testing::Test {
     std::iota(ramp->begin(), ramp->end(), 1);
     return ramp;
   }();
-  std::shared_ptr<test::SoundRecorder> collector_ = std::make_shared<test::SoundRecorder>();
+  std::shared_ptr<SoundRecorder> collector_ = std::make_shared<SoundRecorder>();
 };
 
 TEST_F(MemoryAudioUnitTest, DeliversInOrderUntilItIsStoppedOrDestroyed) {
   for (const auto& sizes : {Sizes{17, 1000, 3}, Sizes{7}, Sizes{}, Sizes{0, 5000}}) {
-    collector_ = std::make_shared<test::SoundRecorder>();
+    collector_ = std::make_shared<SoundRecorder>();
     auto microphone = microphoneOf(sizes);
     for (int i = 0; i < 60; ++i) {
       const std::size_t startedAt = collector_->count();
@@ -106,4 +99,4 @@ TEST_F(MemoryAudioUnitTest, MayBeDestroyedWithItsDelegateFromInsideADelivery) {
 }
 
 }  // namespace
-}  // namespace lirvox
+}  // namespace lirvox::test

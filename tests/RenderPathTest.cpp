@@ -1,13 +1,8 @@
 // What the audio thread does with a delivery: no allocation, no lock, no log, and no system call
 // but to wake who waits. Not for sanitizers, which bring allocators and locks of their own.
 #include <csignal>
-#include <cstddef>
-#include <cstdlib>
-#include <iterator>
-#include <thread>
 
 #include <dlfcn.h>
-#include <gtest/gtest.h>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
 #include <pthread.h>
@@ -56,7 +51,7 @@ int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
 }
 #pragma GCC visibility pop
 
-namespace lirvox {
+namespace lirvox::test {
 namespace {
 
 // The allocations, locks and system calls of `work`.
@@ -97,7 +92,7 @@ bool countSystemCalls() {
          prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
 }
 
-class RecognizerRenderPathTest : public test::ControllerTest {};
+class RecognizerRenderPathTest : public ControllerTest {};
 
 TEST_F(RecognizerRenderPathTest, ADeliveryOnlyCopiesAndWakes) {
   script_->samples = song_;
@@ -135,16 +130,16 @@ TEST(RenderPathTest, ATransformAsksForNothing) {
 
 TEST(RenderPathTest, ResamplingNeitherAllocatesNorLocks) {
   for (const double rate : {8000.0, 44099.0, 44100.0, 48000.0, 192000.0}) {
-    const auto from = test::pcm(rate, 2, 16, 4);
-    const auto to = test::pcm(11025, 1, 32, 12);
-    test::PcmStream input(from, static_cast<std::size_t>(rate * 10));
-    test::PcmStream output(to, 1024);
+    const auto from = pcm(rate, 2, 16, 4);
+    const auto to = pcm(11025, 1, 32, 12);
+    PcmStream input(from, static_cast<std::size_t>(rate * 10));
+    PcmStream output(to, 1024);
     platform::AudioStatus status = 0;
     const auto converter = platform::systemPlatform().makeAudioConverter(from, to, status);
     auto list = output.list(0, 1024);
     const auto fill = [&](std::uint32_t count) {
       list.buffers[0].dataByteSize = 4096;
-      converter->fillComplexBuffer(test::PcmStream::serve, &input, count, list, nullptr);
+      converter->fillComplexBuffer(PcmStream::serve, &input, count, list, nullptr);
     };
     for (std::uint32_t i = 0; i < 200; ++i) {
       EXPECT_EQ(costOf([&] { fill(1 + i * 617 % 1024); }), 0) << rate << " Hz";
@@ -153,4 +148,4 @@ TEST(RenderPathTest, ResamplingNeitherAllocatesNorLocks) {
 }
 
 }  // namespace
-}  // namespace lirvox
+}  // namespace lirvox::test
