@@ -1,11 +1,4 @@
 // Building and publishing databases while operations on files fail, one after the other.
-#include <filesystem>
-#include <functional>
-#include <map>
-#include <string>
-
-#include <gtest/gtest.h>
-
 #include "catalog/Catalog.h"
 #include "catalog/CatalogError.h"
 #include "catalog/CatalogFile.h"
@@ -19,8 +12,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class CatalogFaults : public testing::TestWithParam<test::Failing> {
- protected:
+struct CatalogFaults : testing::TestWithParam<test::Failing> {
   std::string path(const std::string& name) const { return folder_.path(name); }
 
   void index(const std::string& title) const {

@@ -1,15 +1,4 @@
 // The rows of tracks, and which hashes are common.
-#include <algorithm>
-#include <cstdlib>
-#include <iterator>
-#include <random>
-#include <set>
-#include <stdexcept>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "catalog/CatalogError.h"
 #include "catalog/HashCounts.h"
 #include "catalog/TrackFingerprinter.h"
@@ -66,9 +55,7 @@ TEST(RowSelection, PrefersRowsThatManyAlignmentsShowAndStrongOnes) {
   EXPECT_EQ(select(sightings, true, 1), (std::vector<QueryHash>{{70, 3}}));
   EXPECT_EQ(select(sightings, true, 2), (std::vector<QueryHash>{{50, 2}, {70, 3}}));
   EXPECT_EQ(select(sightings, false, 0), (std::vector<QueryHash>{{10, 1}, {50, 2}, {70, 3}}));
-}
-
-TEST(RowSelection, KeepsOneOfEqualHashesWithinAWindow) {
+  // Of equal hashes one within a window.
   const std::vector<Sighting> sustained = {sighting(7, 20, 0.1F), sighting(7, 21, 0.9F),
                                            sighting(7, 23, 0.8F), sighting(7, 24, 0.7F),
                                            sighting(8, 22, 0.1F)};

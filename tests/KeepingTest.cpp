@@ -1,15 +1,4 @@
 // Keeping a catalogue: adding, listing, removing, renaming, merging, verifying, duplicates.
-#include <algorithm>
-#include <functional>
-#include <map>
-#include <random>
-#include <set>
-#include <string>
-#include <tuple>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "catalog/Catalog.h"
 #include "catalog/CatalogError.h"
 #include "catalog/CatalogFile.h"
@@ -21,6 +10,7 @@
 #include "catalog/Verify.h"
 #include "tests/support/FingerprintFile.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/Test.h"
 
 namespace lirvox::catalog {
 namespace {
@@ -39,8 +29,21 @@ std::vector<QueryHash> rowsOf(std::int32_t hash, std::int32_t count) {
   return rows;
 }
 
-class Keeping : public ::testing::Test {
- protected:
+void expectError(const std::string& says, const std::function<void()>& operation) {
+  try {
+    operation();
+    ADD_FAILURE() << says;
+  } catch (const CatalogError& error) {
+    EXPECT_NE(std::string(error.what()).find(says), std::string::npos) << error.what();
+  }
+}
+
+// Has hashes with more than one and a half times the mean of rows held.
+const CatalogOptions kHoldsCommon{{}, {}, 1.5};
+
+struct Keeping : ::testing::Test {
+  using Titles = std::map<std::int32_t, std::string>;
+
   std::string make(const std::string& name, std::vector<NewTrack> tracks,
                    CatalogOptions options = {}) const {
     Catalog catalog(path(name), options);
@@ -63,33 +66,27 @@ class Keeping : public ::testing::Test {
     return rows;
   }
 
-  static std::map<std::int32_t, std::string> titles(const std::string& path) {
-    std::map<std::int32_t, std::string> titles;
+  static Titles titles(const std::string& path) {
+    Titles titles;
     for (const ListedTrack& track : listTracks(path)) titles[track.id] = track.info.title;
     return titles;
   }
 
   static std::vector<std::string> violations(const std::string& path) {
     std::vector<std::string> all;
-    for (const Violation& violation : verify(path, ignoreProgress).violations) {
-      all.push_back(violation.what);
-    }
+    for (const auto& found : verify(path, ignoreProgress).violations) all.push_back(found.what);
     return all;
   }
 
-  using Titles = std::map<std::int32_t, std::string>;
   test::TemporaryFolder folder_;
 };
 
 TEST_F(Keeping, PatternsFindWhatAPersonMeans) {
   const std::string file = make("a", {track("One [live]", {}), track("Two", {}), track("2", {})});
-  const struct {
-    const char* pattern;
-    std::size_t exactly;
-    std::size_t anywhere;
-  } cases[] = {{"one [LIVE]", 1, 1}, {"one", 0, 1},           {"artist - *", 3, 3}, {"2", 2, 2},
-               {"/music/Two", 1, 1}, {"/music/x/../2", 1, 1}, {"t?o", 1, 1},        {"", 0, 3},
-               {"1", 1, 1},          {"*[live*", 1, 1}};
+  const std::tuple<const char*, std::size_t, std::size_t> cases[] = {
+      {"one [LIVE]", 1, 1}, {"one", 0, 1},           {"artist - *", 3, 3}, {"2", 2, 2},
+      {"/music/Two", 1, 1}, {"/music/x/../2", 1, 1}, {"t?o", 1, 1},        {"", 0, 3},
+      {"1", 1, 1},          {"*[live*", 1, 1}};
   for (const auto& [text, exactly, anywhere] : cases) {
     std::size_t found = 0;
     std::size_t foundAnywhere = 0;
@@ -103,10 +100,8 @@ TEST_F(Keeping, PatternsFindWhatAPersonMeans) {
 }
 
 TEST_F(Keeping, CommonHashesAreHeldAndComeBackWhenTheyAreNoLongerCommon) {
-  CatalogOptions options;
-  options.commonHashes = 1.5;
   const std::string file =
-      make("a", {track("a", rowsOf(100, 300)), track("b", rowsOf(200, 10))}, options);
+      make("a", {track("a", rowsOf(100, 300)), track("b", rowsOf(200, 10))}, kHoldsCommon);
   EXPECT_EQ(rows(file, "held").size(), 300U) << "the mean is 155";
   make("a", {track("c", rowsOf(300, 400))});
   EXPECT_EQ(rows(file, "held").size(), 400U) << "the mean is 237";
@@ -114,11 +109,9 @@ TEST_F(Keeping, CommonHashesAreHeldAndComeBackWhenTheyAreNoLongerCommon) {
 }
 
 TEST_F(Keeping, RemovedTracksAreGoneWithTheirRowsAndTheirIds) {
-  CatalogOptions options;
-  options.commonHashes = 1.5;
   const std::string file = make(
       "a", {track("a", rowsOf(100, 300)), track("b", rowsOf(200, 280)), track("c", rowsOf(7, 9))},
-      options);  // the mean is 196: rows of 100 are held
+      kHoldsCommon);  // the mean is 196: rows of 100 are held
   auto tracks = listTracks(file);
   countRows(file, tracks, ignoreProgress);
   EXPECT_EQ(tracks[0].heldRows, 300);
@@ -146,14 +139,12 @@ TEST_F(Keeping, ARenamedTrackIsKnownByItsNewPath) {
 }
 
 TEST_F(Keeping, AMergeHoldsWhatOneCatalogueOfAllWouldHold) {
-  CatalogOptions options;
-  options.commonHashes = 1.5;
   const std::vector<NewTrack> all = {track("a", rowsOf(100, 150)), track("b", rowsOf(200, 10)),
                                      track("c", rowsOf(100, 150)), track("d", {{3, 9}, {1, 8}})};
-  const std::string whole = make("whole", all, options);
-  const std::string first = make("first", {all[0], all[1]}, options);
-  const std::string second = make("second", {all[1], all[2]}, options);
-  const std::string third = make("third", {all[3]}, options);
+  const std::string whole = make("whole", all, kHoldsCommon);
+  const std::string first = make("first", {all[0], all[1]}, kHoldsCommon);
+  const std::string second = make("second", {all[1], all[2]}, kHoldsCommon);
+  const std::string third = make("third", {all[3]}, kHoldsCommon);
   const std::string out = path("out");
   const Merged merged = merge({first, second, third}, out, {}, ignoreProgress);
   EXPECT_EQ(merged.tracks, 4);
@@ -183,15 +174,10 @@ TEST_F(Keeping, AMergeRefusesWhatDoesNotFitTogether) {
       {path("none"), "none"}};
   const auto before = test::contents(folder_.path());
   for (const auto& [part, says] : bad) {
-    try {
-      merge({first, part}, path("out"), {}, ignoreProgress);
-      ADD_FAILURE() << part;
-    } catch (const CatalogError& error) {
-      EXPECT_NE(std::string(error.what()).find(says), std::string::npos) << error.what();
-    }
+    expectError(says, [&, part = part] { merge({first, part}, path("out"), {}, ignoreProgress); });
   }
-  EXPECT_THROW(merge({first}, path("out"), {}, [](double) { throw CatalogError("stop"); }),
-               CatalogError);
+  expectError("stop",
+              [&] { merge({first}, path("out"), {}, [](double) { throw CatalogError("stop"); }); });
   EXPECT_EQ(test::contents(folder_.path()), before);
 
   EXPECT_EQ(merge({first, changed}, path("out"), {{}, true}, ignoreProgress).replaced, 1);
@@ -202,30 +188,28 @@ TEST_F(Keeping, AMergeRefusesWhatDoesNotFitTogether) {
 }
 
 TEST_F(Keeping, VerifyTellsWhatIsWrong) {
-  const struct {
-    const char* change;
-    const char* says;
-  } cases[] = {{"DELETE FROM tracks WHERE track_id = 1", "rows without a track"},
-               {"INSERT INTO db VALUES(1, 0, 1048576)", "rows with hashes that cannot occur"},
-               {"INSERT INTO db VALUES(1, -1, 5)", "rows with times that cannot be"},
-               {"INSERT INTO db VALUES(1, 2600, 5)", "rows later than the end of their track"},
-               {"INSERT INTO db VALUES(1, 'x', 5)", "values in rows that are no whole numbers"},
-               {"INSERT INTO db VALUES(0, 1, 5)", "rows with ids that no recognition can return"},
-               {"DELETE FROM db WHERE num1 = 1", "hashes with more or fewer rows than noted"},
-               {"INSERT INTO held SELECT * FROM db; DELETE FROM db",
-                "hashes whose rows are in the wrong table"},
-               {"UPDATE config SET value = 3.0 WHERE key = 'alignments'", "notes that cannot be"},
-               {"INSERT INTO config VALUES('colour', 1)", "notes that nobody knows"},
-               {"DELETE FROM sources", "tracks without their file"},
-               {"UPDATE sources SET track_id = 2", "files without their track"},
-               {"ALTER TABLE held RENAME TO kept", "columns that are not there"},
-               {"CREATE TABLE t AS SELECT * FROM db; DROP TABLE db; ALTER TABLE t RENAME TO db",
-                "tables that are not clustered by hash"},
-               {"PRAGMA user_version = 9", "versions that this lirvox does not know"},
-               {"PRAGMA application_id = 0; CREATE TABLE t AS SELECT * FROM db; DROP TABLE db; "
-                "ALTER TABLE t "
-                "RENAME TO db; INSERT INTO db SELECT * FROM db",
-                "rows that are there twice"}};
+  const std::pair<const char*, const char*> cases[] = {
+      {"DELETE FROM tracks WHERE track_id = 1", "rows without a track"},
+      {"INSERT INTO db VALUES(1, 0, 1048576)", "rows with hashes that cannot occur"},
+      {"INSERT INTO db VALUES(1, -1, 5)", "rows with times that cannot be"},
+      {"INSERT INTO db VALUES(1, 2600, 5)", "rows later than the end of their track"},
+      {"INSERT INTO db VALUES(1, 'x', 5)", "values in rows that are no whole numbers"},
+      {"INSERT INTO db VALUES(0, 1, 5)", "rows with ids that no recognition can return"},
+      {"DELETE FROM db WHERE num1 = 1", "hashes with more or fewer rows than noted"},
+      {"INSERT INTO held SELECT * FROM db; DELETE FROM db",
+       "hashes whose rows are in the wrong table"},
+      {"UPDATE config SET value = 3.0 WHERE key = 'alignments'", "notes that cannot be"},
+      {"INSERT INTO config VALUES('colour', 1)", "notes that nobody knows"},
+      {"DELETE FROM sources", "tracks without their file"},
+      {"UPDATE sources SET track_id = 2", "files without their track"},
+      {"ALTER TABLE held RENAME TO kept", "columns that are not there"},
+      {"CREATE TABLE t AS SELECT * FROM db; DROP TABLE db; ALTER TABLE t RENAME TO db",
+       "tables that are not clustered by hash"},
+      {"PRAGMA user_version = 9", "versions that this lirvox does not know"},
+      {"PRAGMA application_id = 0; CREATE TABLE t AS SELECT * FROM db; DROP TABLE db; "
+       "ALTER TABLE t "
+       "RENAME TO db; INSERT INTO db SELECT * FROM db",
+       "rows that are there twice"}};
   const std::string file = make("a", {track("a", rowsOf(100, 3))});
   EXPECT_EQ(verify(file, ignoreProgress).kind, "catalogue");
   EXPECT_EQ(violations(DeviceDatabase(file, folder_.path()).path()), std::vector<std::string>());
@@ -251,16 +235,8 @@ TEST_F(Keeping, VerifyTellsWhatIsWrong) {
 TEST_F(Keeping, RefusesFilesThatDoMoreThanHoldRows) {
   const auto expectRefused = [](const std::string& file, const std::string& reading,
                                 const std::string& writing) {
-    const std::pair<std::string, std::function<void()>> operations[] = {
-        {reading, [&] { summarize(file); }}, {writing, [&] { expectWritableCatalog(file); }}};
-    for (const auto& [says, operation] : operations) {
-      try {
-        operation();
-        ADD_FAILURE() << says;
-      } catch (const CatalogError& error) {
-        EXPECT_NE(std::string(error.what()).find(says), std::string::npos) << error.what();
-      }
-    }
+    expectError(reading, [&] { summarize(file); });
+    expectError(writing, [&] { expectWritableCatalog(file); });
   };
   const std::string file = make("a", {track("a", rowsOf(100, 3))});
   const std::string sound = test::readFile(file);
@@ -310,19 +286,17 @@ TEST_F(Keeping, DuplicatesAreFoundWithTheirOffset) {
   const std::string file = make("a", std::move(tracks));
   const auto found = findDuplicates(file, 10.0, ignoreProgress);
   ASSERT_EQ(found.size(), 3U);
-  const struct {
-    std::int32_t track, other;
-    Duplicate::Relation relation;
-    double offset, shareOfTrack;
-  } expected[] = {{1, 9, Duplicate::Relation::same, -215 * 256 / 11025.0, 1.0},
-                  {2, 10, Duplicate::Relation::contains, 860 * 256 / 11025.0, 0.33},
-                  {3, 11, Duplicate::Relation::shares, 0.0, 0.2}};
+  using enum Duplicate::Relation;
+  const std::tuple<std::int32_t, std::int32_t, Duplicate::Relation, double, double> expected[] = {
+      {1, 9, same, -215 * 256 / 11025.0, 1.0},
+      {2, 10, contains, 860 * 256 / 11025.0, 0.33},
+      {3, 11, shares, 0.0, 0.2}};
   for (std::size_t i = 0; i < 3; ++i) {
-    EXPECT_EQ(found[i].track, expected[i].track);
-    EXPECT_EQ(found[i].other, expected[i].other);
-    EXPECT_EQ(found[i].relation, expected[i].relation);
-    EXPECT_NEAR(found[i].offsetInSeconds, expected[i].offset, 0.05);
-    EXPECT_NEAR(found[i].shareOfTrack, expected[i].shareOfTrack, 0.1);
+    const auto& [track, other, relation, offset, share] = expected[i];
+    EXPECT_EQ(std::tie(found[i].track, found[i].other, found[i].relation),
+              std::tie(track, other, relation));
+    EXPECT_NEAR(found[i].offsetInSeconds, offset, 0.05);
+    EXPECT_NEAR(found[i].shareOfTrack, share, 0.1);
   }
   EXPECT_EQ(findDuplicates(file, 15.0, ignoreProgress).size(), 2U);
 }

@@ -1,9 +1,5 @@
 // Packed and published databases, as devices find them.
-#include <string>
-#include <vector>
-
 #include <SQLiteCpp/SQLiteCpp.h>
-#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 #include "catalog/CatalogError.h"
@@ -11,6 +7,7 @@
 #include "catalog/Publish.h"
 #include "lib/ZipArchive/ZipArchive.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/Test.h"
 
 namespace lirvox::test {
 namespace {
@@ -18,8 +15,7 @@ namespace {
 using catalog::CatalogError;
 using catalog::Published;
 
-class PublishTest : public testing::Test {
- protected:
+struct PublishTest : testing::Test {
   PublishTest() { makeDatabase("(1, 10, 100), (1, 20, 50), (2, 5, 100)"); }
 
   std::string path(const std::string& name) const { return folder_.path(name); }
