@@ -1,16 +1,11 @@
 // The library from other languages: a host in C, and the example in Python.
-#include <string>
-
-#include <gtest/gtest.h>
-
 #include "tests/support/MusicTest.h"
 
 namespace lirvox::test {
 namespace {
 
 // A folder with a database of three tunes, its archive, and 5 seconds of the second tune.
-class Bindings : public MusicTest {
- protected:
+struct Bindings : MusicTest {
   void SetUp() override {
     writeRecording(path("excerpt.dat"), excerptOf(2, 7.5));
     writeWav(path("excerpt.wav"), excerptOf(2, 7.5));

@@ -1,11 +1,4 @@
 // The examples, run as their readers run them.
-#include <filesystem>
-#include <fstream>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "tests/support/MusicTest.h"
 #include "tests/support/PulseServer.h"
 
@@ -13,8 +6,7 @@ namespace lirvox::test {
 namespace {
 
 // A caches folder in which a database of three tunes is installed.
-class Examples : public MusicTest {
- protected:
+struct Examples : MusicTest {
   void SetUp() override { expect("index music", 0, "3 tracks"); }
 
   Finished example(const std::string& name) const { return shell(LIRVOX_EXAMPLES + name); }

@@ -1,8 +1,4 @@
 // lirvox explain and plot: they tell what lirvox recognize does.
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 #include "tests/support/MusicTest.h"
@@ -13,8 +9,7 @@ namespace {
 using Samples = std::vector<std::int32_t>;
 
 // Tunes 1 to 3, and tune 4 five times, under a title that is not in ASCII.
-class Explain : public MusicTest {
- protected:
+struct Explain : MusicTest {
   void SetUp() override {
     for (int copy = 1; copy <= 5; ++copy) {
       writeWav(path("music/Lied für Ελένη 雪 " + std::to_string(copy) + ".wav"), makeTune(4, 20.0));
@@ -26,11 +21,7 @@ class Explain : public MusicTest {
 TEST_F(Explain, GivesTheAnswerOfRecognizeWithItsReason) {
   Samples click(55125);
   click[20000] = 10000;
-  const struct {
-    Samples samples;
-    const char* options;
-    const char* reason;
-  } cases[] = {
+  const std::tuple<Samples, const char*, const char*> cases[] = {
       {excerptOf(2, 7.5), "", "stands-out"},
       {excerptOf(2, 7.5), "--min-votes 100000", "too-few-votes"},
       {excerptOf(2, 7.5), "--seconds 0.2", "too-short"},
@@ -59,13 +50,8 @@ TEST_F(Explain, GivesTheAnswerOfRecognizeWithItsReason) {
 }
 
 TEST_F(Explain, DrawsWhateverIsInAFileAndTellsTheAnswerToo) {
-  const struct {
-    Samples samples;
-    const char* arguments;
-    int status;
-    const char* begins;  // the picture, "" for none
-    const char* says;
-  } cases[] = {
+  // The picture begins like this; "" where there is none.
+  const std::tuple<Samples, std::string, int, const char*, const char*> cases[] = {
       {excerptOf(2, 7.5), "-d db -o a.png", 0, "\x89PNG", "excerpt.dat: tune2 at 0:07 ("},
       {excerptOf(4, 6.0), "-d db -o b.svg", 0, "<?xml", "Lied für Ελένη 雪"},
       {excerptOf(2, 7.5), "-d db --start 2 -o c.pdf", 0, "%PDF", "from 0:02: tune2 at 0:09"},
@@ -79,11 +65,10 @@ TEST_F(Explain, DrawsWhateverIsInAFileAndTellsTheAnswerToo) {
   };
   for (const auto& [samples, arguments, status, begins, says] : cases) {
     writeRecording(path("excerpt.dat"), samples);
-    const Finished plotted = run(std::string("plot excerpt.dat ") + arguments);
+    const Finished plotted = run("plot excerpt.dat " + arguments);
     EXPECT_EQ(plotted.status, status) << arguments;
     EXPECT_NE(plotted.output.find(says), std::string::npos) << arguments << plotted.output;
-    const std::string name = std::string(arguments).substr(std::string(arguments).rfind(' ') + 1);
-    const std::string picture = readFile(path(name));
+    const std::string picture = readFile(path(arguments.substr(arguments.rfind(' ') + 1)));
     EXPECT_EQ(picture.empty(), !*begins) << arguments;
     EXPECT_EQ(picture.rfind(begins, 0), 0U) << arguments;
   }

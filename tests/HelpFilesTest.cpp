@@ -1,9 +1,4 @@
 // Manual pages and shell completion, as the build has written them.
-#include <filesystem>
-#include <string>
-
-#include <gtest/gtest.h>
-
 #include "tests/support/Command.h"
 
 namespace lirvox::test {
@@ -27,10 +22,8 @@ TEST(HelpFiles, ManualPagesGiveNoWarnings) {
 }
 
 TEST(HelpFiles, BashCompletesCommandsOptionsChoicesAndFiles) {
-  const struct {
-    const char* words;  // of the line; the last one is to be completed
-    const char* completions;
-  } cases[] = {
+  // The last word of each line is to be completed.
+  const std::pair<std::string, const char*> cases[] = {
       {"lirvox liste", "listen\n"},
       {"lirvox --ver", "--version\n"},
       {"lirvox listen --s", "--seconds\n--source\n--save\n"},

@@ -1,12 +1,7 @@
 // Which way the includes run: tools -> catalog -> lib -> lib/platform, and bindings -> lib.
-#include <filesystem>
-#include <fstream>
-#include <map>
 #include <regex>
-#include <set>
-#include <string>
 
-#include <gtest/gtest.h>
+#include "tests/support/Test.h"
 
 namespace {
 
@@ -14,8 +9,7 @@ namespace fs = std::filesystem;
 
 using Names = std::set<std::string>;
 
-class IncludeDirection : public testing::Test {
- protected:
+struct IncludeDirection : testing::Test {
   IncludeDirection() {
     for (const char* const room : {"lib", "catalog", "tools", "bindings"}) {
       for (const auto& entry : fs::recursive_directory_iterator(root_ / room)) {

@@ -1,9 +1,4 @@
 // The program with a real PulseAudio server, and the rules by which it listens.
-#include <cstdlib>
-#include <memory>
-#include <string>
-
-#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 #include "tests/support/MusicTest.h"
@@ -23,11 +18,7 @@ std::chrono::steady_clock::time_point at(double seconds) {
 }
 
 TEST(RepeatFilter, LetsATrackPassAgainOnlyAfterAJumpOrAnotherTrack) {
-  const struct {
-    std::int32_t trackId;
-    double position, time;
-    bool isNews;
-  } heard[] = {
+  const std::tuple<std::int32_t, double, double, bool> heard[] = {
       {3, 10, 5, true},     {3, 15.1, 10, false}, {3, 60, 55, false},
       {3, 58.1, 55, false}, {3, 10, 60, true},    {3, 200, 65, true},
       {4, 1, 70, true},     {3, 205, 75, true},   {3, 207.1, 75, true},
@@ -41,12 +32,8 @@ TEST(RepeatFilter, LetsATrackPassAgainOnlyAfterAJumpOrAnotherTrack) {
 TEST(SoundWatch, TellsOnceWhenNothingOrOnlySilenceArrives) {
   constexpr std::uint32_t kDither = 1U << 16;
   using enum SoundWatch::State;
-  const struct {
-    double begin, time;
-    std::uint64_t frames;
-    std::uint32_t peak;
-    std::optional<SoundWatch::State> told;
-  } noted[] = {
+  using Told = std::optional<SoundWatch::State>;
+  const std::tuple<double, double, std::uint64_t, std::uint32_t, Told> noted[] = {
       {10, 11.9, 0, 0, {}},      {0, 12, 0, 0, noAudio},
       {0, 13, 0, 0, {}},         {0, 13.5, 100, kDither, silence},
       {0, 14, 200, kDither, {}}, {0, 14.5, 300, 1U << 30, sound},
@@ -61,8 +48,7 @@ TEST(SoundWatch, TellsOnceWhenNothingOrOnlySilenceArrives) {
   }
 }
 
-class Listen : public MusicTest {
- protected:
+struct Listen : MusicTest {
   Listen() : MusicTest(40.0) {}
   void SetUp() override {
     if (!PulseServer::isInstalled()) GTEST_SKIP() << "no pulseaudio, pactl or paplay here";

@@ -1,10 +1,6 @@
 // lirvox scan and evaluate: what they tell of music that is known.
-#include <map>
 #include <sstream>
-#include <string>
-#include <vector>
 
-#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 #include "tests/support/MusicTest.h"
@@ -16,8 +12,7 @@ using Json = nlohmann::json;
 using Samples = std::vector<std::int32_t>;
 
 // Tunes 1 to 3 are in the database.
-class Seeing : public MusicTest {
- protected:
+struct Seeing : MusicTest {
   Seeing() : MusicTest(30.0) {}
   void SetUp() override { ASSERT_EQ(run("index -d db music").status, 0); }
 
@@ -46,10 +41,8 @@ Samples recordingOf(const std::vector<Part>& parts) {
 }
 
 TEST_F(Seeing, AScanTellsWhatIsHeardWhen) {
-  const struct {
-    const char* arguments;
-    std::vector<Part> parts;  // as played, which is what must be told
-  } cases[] = {
+  // The parts are as played, which is what must be told.
+  const std::pair<std::string, std::vector<Part>> cases[] = {
       {"", {{1, 0, 20}, {0, 0, 10}, {2, 5, 12}, {3, 0, 30}}},
       {"", {{0, 0, 20}, {1, 10, 20}, {1, 0, 20}, {0, 0, 8}}},
       {"--seconds 3 --step 1", {{2, 3, 7}, {9, 0, 7}, {2, 20, 9}}},
@@ -59,7 +52,7 @@ TEST_F(Seeing, AScanTellsWhatIsHeardWhen) {
   };
   for (const auto& [arguments, parts] : cases) {
     writeRecording(path("long.dat"), recordingOf(parts));
-    const Finished scanned = run(std::string("scan -d db --format json long.dat ") + arguments);
+    const Finished scanned = run("scan -d db --format json long.dat " + arguments);
     const std::vector<Json> told = lines(scanned.output);
     ASSERT_EQ(told.size(), parts.size()) << scanned.output;
     double start = 0.0;

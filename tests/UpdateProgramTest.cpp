@@ -1,13 +1,7 @@
 // Databases on their way from one lirvox program to another, through a real web server.
-#include <chrono>
-#include <cstdlib>
-#include <random>
 #include <regex>
-#include <string>
-#include <vector>
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/file.h>
 #include <unistd.h>
@@ -20,8 +14,7 @@
 namespace lirvox::test {
 namespace {
 
-class UpdateProgramTest : public MusicTest {
- protected:
+struct UpdateProgramTest : MusicTest {
   UpdateProgramTest() {
     ::setenv("PATH", (std::string(std::getenv("PATH")) + ":/usr/sbin").c_str(), 1);
     ::setenv("no_proxy", "*", 1);
@@ -147,39 +140,36 @@ TEST_F(UpdateProgramTest, KilledAtAnyMomentItLeavesAWholeDatabaseAndTheNextUpdat
   const int kills = wanted ? std::atoi(wanted) : 10;
   const std::string live = path("caches/lirvox/db1.sqlite");
   const std::string reply = path("www/api/last_db_generation.php");
-  struct Generation {
-    std::string reply, database;
-  } generations[2];
+  std::pair<std::string, std::string> generations[2];  // reply and database
   double seconds = 0;
   std::mt19937 random(20260504);
-  for (auto& generation : generations) {
+  for (auto& [publishedReply, database] : generations) {
     std::vector<FingerprintRow> rows(20'000);
     for (auto& row : rows)
       row = {1, static_cast<int>(random() % 10'000), static_cast<int>(random() % (1U << 20U))};
-    const std::string name = &generation == generations ? "a.db" : "b.db";
-    writeFingerprintFile(path(name), rows);
-    publish(name);
+    std::filesystem::remove(path("music.db"));
+    writeFingerprintFile(path("music.db"), rows);
+    publish("music.db");
     const auto start = std::chrono::steady_clock::now();
     expect("update", 0, "installed");
     seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    generation.reply = readFile(reply);
-    generation.database = readFile(live);
+    publishedReply = readFile(reply);
+    database = readFile(live);
   }
   for (int round = 0, killed = 0; killed < kills; ++round) {
     SCOPED_TRACE(round);
-    const Generation& current = generations[round % 2];
-    writeFile(reply, current.reply);
+    const auto& [currentReply, current] = generations[round % 2];
+    writeFile(reply, currentReply);
     const double limit = seconds * static_cast<double>(1 + random() % 1000) / 1000;
     const std::string command = "timeout -s KILL " + std::to_string(limit) + " " LIRVOX_PROGRAM;
     killed += shell(command + " update").status == 128 + SIGKILL;
     // A whole database or none at all.
     const std::string found = readFile(live);
     ASSERT_EQ(found.empty(), !std::filesystem::exists(live));
-    ASSERT_TRUE(found == generations[0].database || found == generations[1].database ||
-                found.empty());
+    ASSERT_TRUE(found == generations[0].second || found == generations[1].second || found.empty());
     if (round % 3 != 0) continue;  // let some pile up
     expect("update", 0, "");
-    ASSERT_TRUE(readFile(live) == current.database);
+    ASSERT_TRUE(readFile(live) == current);
   }
   expect("update", 0, "");
   EXPECT_EQ(contents(path("caches")).size(), 2U) << "nothing is left but the folder and the file";

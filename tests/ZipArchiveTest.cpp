@@ -1,9 +1,6 @@
 // Extraction: ordinary, odd and hostile archives, and what becomes of each.
 #include <ctime>
-#include <string>
-#include <vector>
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include "lib/ZipArchive/ZipArchive.h"
@@ -65,13 +62,11 @@ std::vector<Case> cases() {
       {"no such date", zipBytes({{.name = "a", .data = "A", .dosDate = 0}}), kDone, {{"a", "A"}}},
 
       {"no archive", "PK\3\4 nothing", kNoArchive},
-      {"an empty file as archive", "", kNoArchive},
       {"an archive without entries", "#!" + zipBytes({}), kNoEntry},
       {"cut at the start", inner.substr(40), kNoArchive},
       {"cut in the directory", inner.substr(0, inner.size() - 30), kNoArchive},
       {"entries announced that are not there", zipBytes({{"a", "A"}}, 9), "damaged directory"},
       {"an absolute name", zipBytes({{"a", "A"}, {"/tmp/lirvox-evil", "1"}}), "unsafe name"},
-      {"a name that climbs", zipBytes({{"a", "A"}, {"../evil", "1"}}), "unsafe name"},
       {"a name that climbs later", zipBytes({{"d/../../evil", "1"}}), "unsafe name"},
       {"a backslash", zipBytes({{"..\\evil", "1"}}), "unsafe name"},
       {"a journal", zipBytes({{"a", "A"}, {"d/db1.sqlite-journal", "1"}}), "unsafe name"},
@@ -120,8 +115,7 @@ std::vector<Case> cases() {
   };
 }
 
-class ZipArchiveTest : public testing::Test {
- protected:
+struct ZipArchiveTest : testing::Test {
   ZipArchiveTest() {
     limits_.bytes = 1 << 20;
     limits_.entries = 100;
