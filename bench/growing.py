@@ -11,7 +11,7 @@ import shutil
 import sqlite3
 import tempfile
 
-from indexing import checked, sound_files
+from indexing import checked, leave_tidily, sound_files
 
 ADDED = 10
 
@@ -52,7 +52,10 @@ def main():
     arguments.add_argument("music", nargs="+")
     arguments.add_argument("--copies", default="1,4,16")
     options = arguments.parse_args()
+    leave_tidily()
     files = sound_files(options.music)
+    if len(files) <= ADDED:
+        raise SystemExit(f"more than {ADDED} sound files are needed, not {len(files)}")
     print("tracks\thours\tMB\tmerge s\tmerge MB written\tmerge MB memory\t"
           "add s\tadd MB written\tadd MB memory")
     with tempfile.TemporaryDirectory() as folder:

@@ -10,22 +10,51 @@ never negative.
 import argparse
 import os
 import pathlib
+import signal
 import subprocess
 import tempfile
 import time
 
 from figures import figure
 
+KINDS = {".aac", ".flac", ".m4a", ".mp3", ".ogg", ".opus", ".wav"}
+
+
+def leave(number, _):
+    # Another signal does not disturb the removal of temporary folders.
+    signal.signal(number, signal.SIG_IGN)
+    raise SystemExit(128 + number)
+
+
+def leave_tidily():
+    """From here on a signal ends the script as an exception does: nothing temporary stays."""
+    for number in (signal.SIGHUP, signal.SIGINT, signal.SIGTERM):
+        if signal.getsignal(number) != signal.SIG_IGN:  # under nohup
+            signal.signal(number, leave)
+
+
+def positive(text):
+    number = int(text)
+    if number < 1:
+        raise ValueError
+    return number
+
 
 class Run:
     """One run of a command: seconds of processor time and on the wall, peak megabytes of
     memory, megabytes written to files."""
 
-    def __init__(self, command):
+    def __init__(self, command, environment=None):
         start = time.monotonic()
-        process = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
-        self.messages = process.stderr.read().decode(errors="replace")
-        _, self.status, usage = os.wait4(process.pid, 0)
+        process = subprocess.Popen(command, env=environment, stdout=subprocess.DEVNULL,
+                                   stderr=subprocess.PIPE)
+        try:
+            self.messages = process.stderr.read().decode(errors="replace")
+            _, self.status, usage = os.wait4(process.pid, 0)
+        except SystemExit:
+            process.kill()
+            process.wait()
+            raise
         process.returncode = self.status
         self.wall = time.monotonic() - start
         self.cpu = usage.ru_utime + usage.ru_stime
@@ -33,11 +62,15 @@ class Run:
         self.written = usage.ru_oublock / 2048
 
 
-def checked(command):
-    run = Run([str(word) for word in command])
+def checked(command, environment=None):
+    run = Run([str(word) for word in command], environment)
     if run.status != 0:
-        raise SystemExit(run.messages)
+        raise SystemExit(run.messages.rstrip() or f"{command[0]} failed")
     return run
+
+
+def ffmpeg(*arguments):
+    checked(["ffmpeg", "-nostdin", "-y", "-v", "error", *arguments])
 
 
 def index(lirvox, paths, jobs=1, shifts=8):
@@ -50,10 +83,18 @@ def fastest(runs, key):
     return min(getattr(run, key) for run in runs)
 
 
-def sound_files(folders):
-    files = [p for f in folders for p in sorted(pathlib.Path(f).rglob("*")) if p.is_file()]
-    kinds = {".aac", ".flac", ".m4a", ".mp3", ".ogg", ".opus", ".wav"}
-    return [str(p) for p in files if p.suffix.lower() in kinds]
+def in_folder(folder):
+    return [p for p in sorted(folder.rglob("*")) if p.suffix.lower() in KINDS and p.is_file()]
+
+
+def sound_files(paths):
+    """The files among the paths, of whatever name, and the sound files in the folders."""
+    files = []
+    for path in map(pathlib.Path, paths):
+        files += [path] if path.is_file() else in_folder(path)
+    if not files:
+        raise SystemExit("no sound files in " + ", ".join(paths))
+    return [str(file) for file in files]
 
 
 def compare(lirvox, files, repeat, numbers_of_shifts):
@@ -73,9 +114,8 @@ def compare_workers(lirvox, files, repeat):
     with tempfile.TemporaryDirectory() as folder:
         for number, file in enumerate(files):
             piece = f"{folder}/{number:03}-%03d{pathlib.Path(file).suffix}"
-            checked(["ffmpeg", "-v", "quiet", "-i", file, "-vn", "-c", "copy", "-f", "segment",
-                     "-segment_time", "120", piece])
-        pieces = sound_files([folder])
+            ffmpeg("-i", file, "-vn", "-c", "copy", "-f", "segment", "-segment_time", "120", piece)
+        pieces = sorted(pathlib.Path(folder).iterdir())
         one, two = [], []
         for _ in range(repeat):
             one.append(index(lirvox, pieces))
@@ -89,9 +129,10 @@ def main():
     arguments = argparse.ArgumentParser()
     arguments.add_argument("lirvox")
     arguments.add_argument("music", nargs="+")
-    arguments.add_argument("--repeat", type=int, default=3)
+    arguments.add_argument("--repeat", type=positive, default=3)
     arguments.add_argument("--shifts", default="8,1")
     options = arguments.parse_args()
+    leave_tidily()
     files = sound_files(options.music)
     compare(options.lirvox, files, options.repeat, [int(n) for n in options.shifts.split(",")])
     compare_workers(options.lirvox, files, options.repeat)

@@ -7,11 +7,10 @@ memory; with --table, the longest against the shortest as lines for bench/figure
 that of the times of an hour. Needs ffmpeg.
 """
 import argparse
-import subprocess
 import tempfile
 
 from figures import figure
-from indexing import checked, index, sound_files
+from indexing import checked, ffmpeg, index, leave_tidily, sound_files
 
 
 def measure(lirvox, files, hours):
@@ -20,9 +19,8 @@ def measure(lirvox, files, hours):
         music, recording = folder + "/music.sqlite", folder + "/recording.wav"
         checked([lirvox, "index", "-d", music, *files])
         for length in hours:
-            subprocess.run(
-                ["ffmpeg", "-y", "-v", "quiet", "-stream_loop", "-1", "-i", files[0], "-t",
-                 str(length * 3600), "-ac", "1", "-ar", "11025", recording], check=True)
+            ffmpeg("-stream_loop", "-1", "-i", files[0], "-t", length * 3600, "-ac", "1",
+                   "-ar", "11025", recording)
             yield index(lirvox, [recording]), checked([lirvox, "scan", "-d", music, recording])
 
 
@@ -43,6 +41,7 @@ def main():
     arguments.add_argument("--hours", default="0.1,0.25,0.5,1,2.5,5,10")
     arguments.add_argument("--table", action="store_true")
     options = arguments.parse_args()
+    leave_tidily()
     hours = [float(h) for h in options.hours.split(",")]
     runs = measure(options.lirvox, sound_files(options.music), hours)
     if options.table:
