@@ -58,8 +58,8 @@ class Run:
         process.returncode = self.status
         self.wall = time.monotonic() - start
         self.cpu = usage.ru_utime + usage.ru_stime
-        self.megabytes = usage.ru_maxrss / 1024
-        self.written = usage.ru_oublock / 2048
+        self.megabytes = usage.ru_maxrss * 1024 / 1e6
+        self.written = usage.ru_oublock * 512 / 1e6
 
 
 def checked(command, environment=None):
