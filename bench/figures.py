@@ -5,6 +5,7 @@ Each benchmark prints a figure as a line of tab-separated fields: what was measu
 value, against what, that one's value, their ratio, and what is to be reached. As a program,
 this aligns such lines from standard input.
 """
+import signal
 import sys
 
 HEADINGS = ("what", "measured", "against", "measured", "ratio", "to reach")
@@ -17,7 +18,12 @@ def figure(what, measured, against="", peer="", ratio=None, reach=""):
 
 
 def main():
-    rows = [HEADINGS] + [line.rstrip("\n").split("\t") for line in sys.stdin]
+    # Ctrl-C ends what measures; what it measured until then is still to be printed.
+    signal.signal(signal.SIGINT, signal.SIG_IGN)
+    lines = sys.stdin.readlines()
+    if not lines:
+        return
+    rows = [HEADINGS] + [line.rstrip("\n").split("\t") for line in lines]
     rows = [tuple(row) + ("",) * (len(HEADINGS) - len(row)) for row in rows]
     widths = [max(map(len, column)) for column in zip(*rows)]
     for row in rows:
