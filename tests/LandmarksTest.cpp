@@ -112,6 +112,18 @@ TEST(PickPeaks, AcceptsTheFiveStrongestOfAFrame) {
             (std::vector<Peak>{{15, 20}, {15, 24}, {15, 28}, {15, 32}, {15, 36}}));
 }
 
+TEST(FindPeaks, IsBlindToScale) {
+  Spectrogram power = spectrogram(60, {});
+  const std::vector<float> values = test::noise(power.values().size());
+  std::transform(values.begin(), values.end(), power.values().begin(),
+                 [](float v) { return static_cast<double>(v * v); });
+  Spectrogram louder = power;
+  for (double& value : louder.values()) value *= 4096.0;
+  const std::vector<Peak> peaks = findPeaks(power);
+  EXPECT_GT(peaks.size(), 60U);
+  EXPECT_EQ(findPeaks(louder), peaks);
+}
+
 std::vector<Landmark> pair(const std::vector<Peak>& peaks) {
   return LirvoxUtilities::peaks2landmarks(peaks.data(), static_cast<std::int32_t>(peaks.size()));
 }

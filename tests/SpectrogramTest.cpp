@@ -68,31 +68,57 @@ TEST(LirvoxAudioFFT, EqualsTheUnnormalisedTransformAndMirrorsItsLowerHalfWithout
   }
 }
 
-TEST(MiniSpectogram, HasTheFramesThatTheWholeCaptureHasAtOnce) {
-  const std::vector<float> capture = test::noise(4 * kBlock);
-  LirvoxAudioFFT fft;
-  const auto history = LirvoxUtilities::initHistoryInfo();
-  for (std::size_t i = 0; i < capture.size(); i += kBlock) {
-    LirvoxUtilities::do_4_mini_specgrams(capture.data() + i, fft, *history);
+using Counts = std::vector<std::int32_t>;
+
+struct MiniSpectogram : testing::Test {
+  // Hands over all whole blocks of `samples`.
+  void analyse(const std::vector<float>& samples) {
+    for (std::size_t i = 0; i + kBlock <= samples.size(); i += kBlock) {
+      LirvoxUtilities::do_4_mini_specgrams(samples.data() + i, fft_, *history_);
+    }
   }
-  EXPECT_EQ((std::vector{history->frameCount0(), history->frameCount1(), history->frameCount2(),
-                         history->frameCount3()}),
-            (std::vector{39, 38, 38, 38}));
+  Counts frameCounts() const {
+    return {history_->frameCount0(), history_->frameCount1(), history_->frameCount2(),
+            history_->frameCount3()};
+  }
+
+  LirvoxAudioFFT fft_;
+  const std::unique_ptr<HistoryInfo> history_ = LirvoxUtilities::initHistoryInfo();
+};
+
+TEST_F(MiniSpectogram, HasTheFramesThatTheWholeCaptureHasAtOnce) {
+  const std::vector<float> capture = test::noise(4 * kBlock);
+  analyse(capture);
+  EXPECT_EQ(frameCounts(), (Counts{39, 38, 38, 38}));
   const std::vector<double> window = LirvoxUtilities::hanning(512);
   std::vector<double> frame(512);
   for (std::int32_t s = 0; s < 4; ++s) {
-    for (std::int32_t t = 0; t < history->specgram(s).frameCount(); ++t) {
+    for (std::int32_t t = 0; t < history_->specgram(s).frameCount(); ++t) {
       const auto start = static_cast<std::size_t>(64 * s + 256 * t);
       for (std::size_t k = 0; k < 512; ++k) {
         frame[k] = window[k] * static_cast<double>(capture.at(start + k));
       }
-      const auto spectrum = fft.fft(frame.data(), 9);
+      const auto spectrum = fft_.fft(frame.data(), 9);
       for (std::size_t b = 0; b <= 256; ++b) {
-        ASSERT_EQ(history->specgram(s).frame(t)[b], std::norm(bin(spectrum, b)))
+        ASSERT_EQ(history_->specgram(s).frame(t)[b], std::norm(bin(spectrum, b)))
             << s << ' ' << t << ' ' << b;
       }
     }
   }
+}
+
+TEST_F(MiniSpectogram, StartsAfreshOnceTheHistoryIsFreed) {
+  const std::vector<float> capture = test::noise(2 * kBlock, 7);
+  analyse(capture);
+  const std::vector<double> first = history_->specgram3.values();
+  LirvoxUtilities::clearHistoryInfo(*history_);
+  EXPECT_EQ(frameCounts(), (Counts{19, 18, 18, 18}));
+  LirvoxUtilities::freeHistoryInfo(*history_);
+  EXPECT_EQ(frameCounts(), (Counts{0, 0, 0, 0}));
+  analyse({capture.begin(), capture.begin() + kBlock});
+  EXPECT_EQ(frameCounts(), (Counts{9, 8, 8, 8}));
+  analyse({capture.begin() + kBlock, capture.end()});
+  EXPECT_EQ(history_->specgram3.values(), first);
 }
 
 }  // namespace
