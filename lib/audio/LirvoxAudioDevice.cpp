@@ -26,11 +26,8 @@ LirvoxAudioDevice::LirvoxAudioDevice(std::optional<platform::AudioSessionPort> p
     : port_(std::move(port)), dataSource_(std::move(dataSource)) {}
 
 LirvoxAudioDevice LirvoxAudioDevice::currentInputDevice() {
-  const auto session = platform::current()->audioSession;
-  const platform::AudioSessionRoute route = session->currentRoute();
-  std::optional<platform::AudioSessionPort> port;
-  if (!route.inputs.empty()) port = route.inputs.front();
-  return LirvoxAudioDevice(std::move(port), session->inputDataSource());
+  platform::AudioSessionInput input = platform::current()->audioSession->currentInput();
+  return LirvoxAudioDevice(std::move(input.port), std::move(input.dataSource));
 }
 
 bool operator==(const LirvoxAudioDevice& a, const LirvoxAudioDevice& b) {

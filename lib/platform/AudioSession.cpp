@@ -28,6 +28,14 @@ struct AudioSession::Observers {
 
 AudioSession::AudioSession() : observers_(std::make_shared<Observers>()) {}
 
+AudioSessionInput AudioSession::currentInput() {
+  AudioSessionRoute route = currentRoute();
+  AudioSessionInput input;
+  if (!route.inputs.empty()) input.port = std::move(route.inputs.front());
+  input.dataSource = inputDataSource();
+  return input;
+}
+
 void AudioSession::addObserver(std::weak_ptr<AudioSessionObserver> observer) {
   const auto strong = observer.lock();
   if (!strong) return;

@@ -35,6 +35,12 @@ struct AudioSessionRoute {
   std::vector<AudioSessionPort> inputs;  ///< in use
 };
 
+/// The input in use, as far as there is one.
+struct AudioSessionInput {
+  std::optional<AudioSessionPort> port;              ///< none without a device
+  std::optional<AudioSessionDataSource> dataSource;  ///< none when the port has but one
+};
+
 /// Sound was taken from the application, or may be used again.
 struct AudioSessionInterruption {
   /// Its two ends.
@@ -79,6 +85,9 @@ class LIRVOX_EXPORT AudioSession {
   virtual std::vector<AudioSessionPort> availableInputs() = 0;
   /// The data source of the input port in use.
   virtual std::optional<AudioSessionDataSource> inputDataSource() = 0;
+  /// The first input of the route and its data source: for sessions to which both are one
+  /// question. Others need not say how.
+  virtual AudioSessionInput currentInput();
 
   /// Asks for a port; none leaves the choice to the system.
   virtual bool setPreferredInput(const std::optional<AudioSessionPort>& port,

@@ -65,7 +65,7 @@ std::optional<PulseSource> PulseAudioSession::currentSource() {
 
 AudioSessionRoute PulseAudioSession::currentRoute() {
   AudioSessionRoute route;
-  if (const auto source = currentSource()) route.inputs.push_back(source->port);
+  if (auto input = currentInput(); input.port) route.inputs.push_back(std::move(*input.port));
   return route;
 }
 
@@ -79,12 +79,18 @@ std::vector<AudioSessionPort> PulseAudioSession::availableInputs() {
 }
 
 std::optional<AudioSessionDataSource> PulseAudioSession::inputDataSource() {
+  return currentInput().dataSource;
+}
+
+AudioSessionInput PulseAudioSession::currentInput() {
+  AudioSessionInput input;
   const auto source = currentSource();
-  if (!source) return std::nullopt;
+  if (!source) return input;
+  input.port = source->port;
   for (const AudioSessionDataSource& dataSource : source->port.dataSources) {
-    if (dataSource.identifier == source->activeDataSource) return dataSource;
+    if (dataSource.identifier == source->activeDataSource) input.dataSource = dataSource;
   }
-  return std::nullopt;
+  return input;
 }
 
 bool PulseAudioSession::setPreferredInput(const std::optional<AudioSessionPort>& port,

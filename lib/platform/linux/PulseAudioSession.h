@@ -30,6 +30,7 @@ class PulseAudioSession : public AudioSession,
   AudioSessionRoute currentRoute() override;
   std::vector<AudioSessionPort> availableInputs() override;
   std::optional<AudioSessionDataSource> inputDataSource() override;
+  AudioSessionInput currentInput() override;
   bool setPreferredInput(const std::optional<AudioSessionPort>& port, LirvoxError& error) override;
   bool setInputDataSource(const AudioSessionDataSource& dataSource, LirvoxError& error) override;
 
