@@ -74,7 +74,7 @@ platform::MemoryAudioUnit::Samples prepare() {
     ::_exit(EXIT_SUCCESS);
   }
   int status = 0;
-  if (::waitpid(child, &status, 0) != child || status != 0) return nullptr;
+  if (child < 0 || ::waitpid(child, &status, 0) != child || status != 0) return nullptr;
   const auto* const words = static_cast<const std::int32_t*>(shared);
   auto samples = std::make_shared<const std::vector<std::int32_t>>(words, words + kCapture);
   ::munmap(shared, kBytes);
