@@ -78,6 +78,8 @@ TEST_F(ControllerFaults, ACopyThatFailsLeavesTheCaptureAlone) {
   };
   EXPECT_GT(failEach(Failing::once, copy, [] {}), 0);
   EXPECT_TRUE(isCopied);
+  cancel();
+  EXPECT_FALSE(lirvox_->bufferAudioData());
 }
 
 }  // namespace

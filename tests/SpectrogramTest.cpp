@@ -17,9 +17,11 @@ TEST(ConvertSamples, RoundsWordsToSinglePrecisionAndScalesThem) {
       {0, 0x00000000},           // 0
       {1, 0x38000000},           // 2^-15
       {-32768, 0xBF800000},      // -1
+      {16777215, 0x43FFFFFF},    // the last before words are rounded
       {16777217, 0x44000000},    // 2^24 + 1 is a tie: to the even 2^24
       {16777219, 0x44000002},    // 2^24 + 3 is a tie: to the even 2^24 + 4
       {-16777217, 0xC4000000},   // the same below zero
+      {33554435, 0x44800001},    // 2^25 + 3: up to 2^25 + 4
       {2147483583, 0x477FFFFF},  // 2^31 - 65: down to 2^31 - 128
       {2147483584, 0x47800000},  // 2^31 - 64 is a tie: to the even 2^31
       {std::numeric_limits<std::int32_t>::max(), 0x47800000},

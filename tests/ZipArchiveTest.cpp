@@ -62,11 +62,13 @@ std::vector<Case> cases() {
       {"no such date", zipBytes({{.name = "a", .data = "A", .dosDate = 0}}), kDone, {{"a", "A"}}},
 
       {"no archive", "PK\3\4 nothing", kNoArchive},
+      {"an empty file as archive", "", kNoArchive},
       {"an archive without entries", "#!" + zipBytes({}), kNoEntry},
       {"cut at the start", inner.substr(40), kNoArchive},
       {"cut in the directory", inner.substr(0, inner.size() - 30), kNoArchive},
       {"entries announced that are not there", zipBytes({{"a", "A"}}, 9), "damaged directory"},
       {"an absolute name", zipBytes({{"a", "A"}, {"/tmp/lirvox-evil", "1"}}), "unsafe name"},
+      {"a name that climbs", zipBytes({{"a", "A"}, {"../evil", "1"}}), "unsafe name"},
       {"a name that climbs later", zipBytes({{"d/../../evil", "1"}}), "unsafe name"},
       {"a backslash", zipBytes({{"..\\evil", "1"}}), "unsafe name"},
       {"a journal", zipBytes({{"a", "A"}, {"d/db1.sqlite-journal", "1"}}), "unsafe name"},

@@ -12,6 +12,8 @@ FAULTY(int, open, (const char* path, int flags, unsigned mode), (path, flags, mo
 FAULTY(int, open64, (const char* path, int flags, unsigned mode), (path, flags, mode), -1)
 FAULTY(int, openat, (int at, const char* path, int flags, unsigned mode), (at, path, flags, mode),
        -1)
+FAULTY(int, openat64, (int at, const char* path, int flags, unsigned mode), (at, path, flags, mode),
+       -1)
 FAULTY(void*, fopen64, (const char* path, const char* mode), (path, mode), nullptr)
 FAULTY(void*, fdopen, (int file, const char* mode), (file, mode), nullptr)
 FAULTY(long, read, (int file, void* bytes, Size count), (file, bytes, count), -1)
@@ -20,6 +22,9 @@ FAULTY(long, pread64, (int file, void* bytes, Size count, long at), (file, bytes
 // Of many bytes it writes but a part, as where a disk is nearly full.
 FAULTY(long, write, (int file, const void* bytes, Size count),
        (file, bytes, count - (count > 1000)), -1)
+FAULTY(long, writev, (int file, const void* parts, int count), (file, parts, count), -1)
+FAULTY(long, pwrite, (int file, const void* bytes, Size count, long at), (file, bytes, count, at),
+       -1)
 FAULTY(long, pwrite64, (int file, const void* bytes, Size count, long at), (file, bytes, count, at),
        -1)
 FAULTY(Size, fwrite, (const void* bytes, Size size, Size count, void* file),
